@@ -1,0 +1,10 @@
+option(FOUNDATION_WARNINGS_AS_ERRORS "Fail the build on any compiler warning" OFF)
+
+# Turns on the warnings that this project keeps clean under GCC and Clang.
+function(foundation_warnings target)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Wold-style-cast
+    -Woverloaded-virtual -Wnull-dereference -Wcast-align -Wformat=2
+    $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wlogical-op>
+    $<$<BOOL:${FOUNDATION_WARNINGS_AS_ERRORS}>:-Werror>)
+endfunction()

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <foundation/core/Export.h>
+
+#include <string>
+
+namespace foundation::log::detail {
+
+/// The texts of the exception being handled and of those nested in it (`std::nested_exception`),
+/// outermost first, joined by "; caused by: ". Says so where none is being handled. Throws nothing but
+/// `std::bad_alloc`.
+FOUNDATION_EXPORT std::string current_exception_chain_as_string();
+
+}  // namespace foundation::log::detail

@@ -1,0 +1,75 @@
+#include <fl/i18n/Convert.h>
+#include <fl/i18n/Surrogates.h>
+#include <foundation/network/detail/PercentEncoding.h>
+
+namespace foundation::network::detail {
+namespace {
+
+void appendEscaped(std::u16string& out, std::u16string_view character) {
+  constexpr char16_t digits[] = u"0123456789ABCDEF";
+  for (const char c : fl::i18n::to_string(character)) {
+    const auto byte = static_cast<unsigned char>(c);
+    out.push_back(u'%');
+    out.push_back(digits[byte >> 4]);
+    out.push_back(digits[byte & 15]);
+  }
+}
+
+/// How many code units the character at `at` takes.
+std::size_t characterLength(std::u16string_view text, std::size_t at) { return fl::i18n::isPairAt(text, at) ? 2 : 1; }
+
+bool isAllowedAt(std::u16string_view text, std::size_t at, std::size_t length, Allowed where) {
+  if (text[at] < 0x80)
+    return isAllowedAscii(text[at], where);
+  return isAllowedBeyondAscii(length == 2 ? fl::i18n::pairAt(text, at) : char32_t{text[at]}, where);
+}
+
+}  // namespace
+
+void appendEncoded(std::u16string& out, std::u16string_view plain, Allowed where) {
+  std::size_t kept = 0;  // where the run of characters begins that are copied as they are
+  std::size_t at = 0;
+  while (at < plain.size()) {
+    const auto length = characterLength(plain, at);
+    if (!isAllowedAt(plain, at, length, where)) {
+      out.append(plain, kept, at - kept);
+      appendEscaped(out, plain.substr(at, length));
+      kept = at + length;
+    }
+    at += length;
+  }
+  out.append(plain, kept, at - kept);
+}
+
+std::u16string decoded(std::u16string_view written) {
+  std::u16string out;
+  out.reserve(written.size());
+  std::string bytes;
+  std::size_t at = 0;
+  while (at < written.size()) {
+    const auto next = std::min(written.find(u'%', at), written.size());
+    out.append(written, at, next - at);
+    // A run of escapes is one piece of UTF-8: a character may span several of them.
+    bytes.clear();
+    for (at = next; at < written.size() && written[at] == u'%'; at += 3)
+      bytes.push_back(static_cast<char>(hexValue(written[at + 1]) << 4 | hexValue(written[at + 2])));
+    fl::i18n::append_ustring(out, bytes);
+  }
+  return out;
+}
+
+std::u16string asciiForm(std::u16string_view written) {
+  std::u16string out;
+  out.reserve(written.size() + 16);
+  for (std::size_t at = 0; at < written.size();) {
+    const auto length = characterLength(written, at);
+    if (written[at] < 0x80)
+      out.push_back(written[at]);
+    else
+      appendEscaped(out, written.substr(at, length));
+    at += length;
+  }
+  return out;
+}
+
+}  // namespace foundation::network::detail
