@@ -1,0 +1,80 @@
+#pragma once
+
+#include <foundation/core/Export.h>
+#include <foundation/storage/provider/ByteStream.h>
+#include <foundation/storage/provider/TransactionalStream.h>
+
+#include <boost/iostreams/categories.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include <cstdint>
+#include <ios>
+#include <memory>
+#include <type_traits>
+
+namespace foundation::storage::provider {
+
+/// A stream as a device of Boost.Iostreams, so that standard streams can be built over a store's files:
+///
+///     boost::iostreams::stream<ByteStreamDevice> in{ByteStreamDevice(stream)};
+///
+/// A device is copied freely; copies share one stream and its position, and the stream is destroyed
+/// with the last of them.
+template <class Stream>
+class GenericByteStreamDevice {
+ public:
+  using char_type = char;
+  struct category : boost::iostreams::seekable_device_tag, boost::iostreams::closable_tag {};
+
+  /// Takes the stream over; `stream` is empty afterwards.
+  explicit GenericByteStreamDevice(std::unique_ptr<Stream>& stream) : stream_(stream.release()) {}
+
+  /// As the stream's operations of the same names.
+  std::int64_t read(char* buffer, std::int64_t count) const { return stream_->read(buffer, count); }
+  std::int64_t write(const char* buffer, std::int64_t count) const { return stream_->write(buffer, count); }
+  std::streampos seek(std::int64_t offset, int origin) const { return stream_->seek(offset, origin); }
+
+  /// Closes the stream. A transactional stream is committed: see `TransactionalStreamDevice`.
+  void close() const {
+    if constexpr (std::is_same_v<Stream, TransactionalStream>)
+      stream_->close(StreamClosePolicy::Commit);
+    else
+      stream_->close();
+  }
+
+ protected:
+  Stream& stream() const { return *stream_; }
+
+ private:
+  boost::shared_ptr<Stream> stream_;
+};
+
+/// The device over a plain stream.
+class FOUNDATION_EXPORT ByteStreamDevice : public GenericByteStreamDevice<ByteStream> {
+ public:
+  using GenericByteStreamDevice<ByteStream>::GenericByteStreamDevice;
+};
+
+/// The device over a transactional stream. Closing it commits, and a Boost stream closes its device in
+/// its destructor, also while an exception unwinds. So abort within the life of the Boost stream, where
+/// writing fails; the close that follows then does nothing:
+///
+///     TransactionalStreamDevice device(stream);
+///     boost::iostreams::stream<TransactionalStreamDevice> out(device);
+///     out.exceptions(std::ios::badbit | std::ios::failbit);
+///     try {
+///       write(out);
+///       out.close();  // commits
+///     } catch (...) {
+///       device.close(StreamClosePolicy::Abort);
+///       throw;
+///     }
+class FOUNDATION_EXPORT TransactionalStreamDevice : public GenericByteStreamDevice<TransactionalStream> {
+ public:
+  using GenericByteStreamDevice<TransactionalStream>::GenericByteStreamDevice;
+  using GenericByteStreamDevice<TransactionalStream>::close;
+
+  void close(const StreamClosePolicy& policy) const { stream().close(policy); }
+};
+
+}  // namespace foundation::storage::provider

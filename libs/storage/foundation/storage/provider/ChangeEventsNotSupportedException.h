@@ -1,0 +1,34 @@
+#pragma once
+
+#include <foundation/core/Export.h>
+#include <foundation/core/except/Exception.h>
+#include <foundation/storage/provider/StorageIRI.h>
+
+#include <boost/exception/exception.hpp>
+
+#include <exception>
+#include <string>
+
+namespace foundation::storage::provider {
+
+/// Change events are not offered for a location. It carries that location as the
+/// error-info item `StorageIRIInfo`, and shares nothing that changes with its copies.
+class FOUNDATION_EXPORT ChangeEventsNotSupportedException
+    : public core::except::Exception<core::except::IInternalException, std::exception>,
+      public boost::exception,
+      public virtual boost::exception_detail::clone_base {
+ public:
+  explicit ChangeEventsNotSupportedException(const StorageIRI& location);
+  ChangeEventsNotSupportedException(const ChangeEventsNotSupportedException& other);
+  ChangeEventsNotSupportedException& operator=(const ChangeEventsNotSupportedException& other);
+  ~ChangeEventsNotSupportedException() noexcept override;
+
+  StorageIRI getStorageIRI() const;
+
+ private:
+  std::u16string ToUstringImpl() const override;
+  const boost::exception_detail::clone_base* clone() const override;
+  void rethrow() const override;
+};
+
+}  // namespace foundation::storage::provider

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <foundation/core/Export.h>
+
+#include <boost/date_time/posix_time/ptime.hpp>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace foundation::storage::provider {
+
+/// What a provider knows of a file. The flags may be lazy: a function given for one is called at most
+/// once, when it is first asked for, however many copies there are.
+///
+/// Copies share one record: a flag found out through one is known to all, and a `with...` operation on
+/// one changes all. Reading is safe from any number of threads; `with...` operations are for the back
+/// end that builds the object, before it hands it out. What a flag's function throws, the flag throws.
+class FOUNDATION_EXPORT FileAttributes {
+ public:
+  /// @param size          in bytes, if it is known
+  /// @param lastModified  UTC; `not_a_date_time` if it is not known
+  /// @param writable      whether this process may write the file. Hidden and symlink are false until set.
+  FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified, bool writable);
+  FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified,
+                 std::function<bool()> writable);
+
+  /// In bytes; to be asked only where `hasSizeAttribute()`: it is not checked here.
+  std::uint64_t getSize() const;
+  bool hasSizeAttribute() const;
+  boost::posix_time::ptime getLastModified() const;
+  bool isHidden() const;
+  bool isSymlink() const;
+  bool isWritable() const;
+
+  FileAttributes& withHiddenAttribute(bool hidden);
+  FileAttributes& withHiddenAttribute(std::function<bool()> hidden);
+  FileAttributes& withSymlinkStatusAttribute(bool symlink);
+  FileAttributes& withSymlinkStatusAttribute(std::function<bool()> symlink);
+
+ private:
+  struct Record;
+  std::shared_ptr<Record> record_;
+};
+
+}  // namespace foundation::storage::provider

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <foundation/storage/provider/detail/StorageIRIImpl.h>
+
+namespace foundation::storage::provider::detail {
+
+/// A location of the form scheme://authority/path.
+class HierarchicalImpl final : public StorageIRIImpl {
+ public:
+  /// Throws where `iri` is not absolute.
+  explicit HierarchicalImpl(network::IRI iri);
+
+  /// With the decoded path as it was given, which the text cannot always give back: see `withPath`.
+  HierarchicalImpl(network::IRI iri, std::u16string path);
+
+  std::u16string getScheme() const override { return iri_.getScheme(); }
+  const Pointer& getParent() const override;
+  bool hasParent() const override { return iri_.writtenPath() != u"/"; }
+  StorageIRI getRoot() const override;
+  bool hasPath() const override { return !iri_.writtenPath().empty(); }
+  const std::u16string& getPath() const override;
+  const std::u16string& getName() const override;
+  const std::u16string& toString() const override { return iri_.text(); }
+  const std::u16string& toAsciiString() const override;
+  std::u16string getHost() const override { return iri_.getHost(); }
+  bool hasHost() const override { return iri_.hasHost() && !iri_.getHost(network::IRIEncoding::Display).empty(); }
+  bool isOpaque() const override { return false; }
+  network::IRI toIRI() const override { return iri_; }
+  bool hasInnerIRI() const override { return false; }
+  Pointer getInnerIRI() const override { throwHasNoInnerIRI(); }
+  fl::filesystem::upath toUPath() const override;
+  StorageIRI withPath(const std::u16string& path) const override;
+
+ private:
+  network::IRI iri_;
+  LazyValue<std::u16string> path_;
+  LazyValue<std::u16string> name_;
+  LazyValue<std::u16string> asciiText_;
+  LazyValue<Pointer> parent_;
+  LazyValue<StorageIRI> root_;
+};
+
+}  // namespace foundation::storage::provider::detail
