@@ -1,0 +1,19 @@
+#include <foundation/storage/backend/local/LocalProviderFactory.h>
+#include <foundation/storage/backend/local/detail/LocalProvider.h>
+#include <foundation/storage/backend/local/detail/NativePath.h>
+
+namespace foundation::storage::backend::local {
+
+LocalProviderFactory::LocalProviderFactory() = default;
+LocalProviderFactory::~LocalProviderFactory() = default;
+
+std::shared_ptr<provider::IProvider> LocalProviderFactory::doBuildProvider(const provider::StorageIRI&) const {
+  return std::make_shared<detail::LocalProvider>();
+}
+
+provider::StorageIRI LocalProviderFactory::doGetKey(const provider::StorageIRI& location) const {
+  detail::requireLocal(location);
+  return provider::StorageIRI(u"file:///");
+}
+
+}  // namespace foundation::storage::backend::local

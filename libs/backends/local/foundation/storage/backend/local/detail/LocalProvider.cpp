@@ -1,0 +1,183 @@
+#include <foundation/storage/backend/local/detail/LocalProvider.h>
+#include <foundation/storage/backend/local/detail/NativePath.h>
+#include <foundation/storage/backend/local/detail/posix/Attributes.h>
+#include <foundation/storage/backend/local/detail/posix/Copy.h>
+#include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/FolderListing.h>
+#include <foundation/storage/backend/local/detail/posix/LocalByteStream.h>
+#include <foundation/storage/backend/local/detail/posix/Move.h>
+#include <foundation/storage/backend/local/detail/posix/OpenFile.h>
+#include <foundation/storage/backend/local/detail/posix/Retry.h>
+#include <foundation/storage/backend/local/detail/posix/Status.h>
+#include <foundation/storage/provider/LocalPath.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace foundation::storage::backend::local::detail {
+
+using provider::ByteStream;
+using provider::ByteStreamAccess;
+using provider::ByteStreamAppend;
+using provider::ByteStreamCreate;
+using provider::ByteStreamOpenOptions;
+using provider::ByteStreamTruncate;
+using provider::ExistenceType;
+using provider::ExistenceTypeExtended;
+
+namespace {
+
+int openFlags(const ByteStreamOpenOptions& options) {
+  return (options.access == ByteStreamAccess::WriteOnly ? O_WRONLY : O_RDWR) |
+         (options.create == ByteStreamCreate::Create ? O_CREAT : 0) |
+         (options.truncate == ByteStreamTruncate::TruncateExisting ? O_TRUNC : 0) |
+         (options.append == ByteStreamAppend::Append ? O_APPEND : 0);
+}
+
+std::unique_ptr<ByteStream> openStreamWith(const provider::StorageIRI& location, int flags) {
+  return std::make_unique<LocalByteStream>(openFile(location, flags).descriptor, location);
+}
+
+std::unique_ptr<FolderListing> list(const provider::StorageIRI& location, EntryFilter filter, EntryDetail detail) {
+  return std::make_unique<FolderListing>(location, filter, detail);
+}
+
+ExistenceTypeExtended typeBehindLink(const std::string& path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) == -1)
+    return ExistenceTypeExtended::BrokenSymlink;
+  return S_ISDIR(status.st_mode) ? ExistenceTypeExtended::SymlinkToFolder : ExistenceTypeExtended::SymlinkToFile;
+}
+
+bool isHidden(const std::string& path) { return isHiddenName(path.substr(path.rfind('/') + 1)); }
+
+}  // namespace
+
+LocalProvider::LocalProvider() = default;
+LocalProvider::~LocalProvider() = default;
+
+void LocalProvider::doCreateFile(const StorageIRI& location) const {
+  const auto path = nativePath(location);
+  constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+  Descriptor file(retried([&] { return open(path.c_str(), flags, 0666); }));
+  if (!file.isOpen())
+    throw systemFailure(errno, "open", location);
+  if (const int error = file.close())
+    throw systemFailure(error, "close", location);
+}
+
+void LocalProvider::doCreateFolder(const StorageIRI& location) const {
+  if (mkdir(nativePath(location).c_str(), 0777) == -1)
+    throw systemFailure(errno, "mkdir", location);
+}
+
+bool LocalProvider::doFileExists(const StorageIRI& location) const {
+  return doExists(location) == ExistenceType::AsFile;
+}
+
+bool LocalProvider::doFolderExists(const StorageIRI& location) const {
+  return doExists(location) == ExistenceType::AsFolder;
+}
+
+void LocalProvider::doRemoveFile(const StorageIRI& location) const {
+  if (unlink(nativePath(location).c_str()) == -1)
+    throw systemFailure(errno, "unlink", location);
+}
+
+void LocalProvider::doMoveFile(const StorageIRI& source, const StorageIRI& destination,
+                               const ReplacementPolicy& policy) const {
+  moveEntry(source, destination, policy, MovedEntry::File);
+}
+
+void LocalProvider::doRemoveFolder(const StorageIRI& location) const {
+  if (rmdir(nativePath(location).c_str()) == -1)
+    throw systemFailure(errno == EEXIST ? ENOTEMPTY : errno, "rmdir", location);
+}
+
+void LocalProvider::doMoveFolder(const StorageIRI& source, const StorageIRI& destination,
+                                 const ReplacementPolicy& policy) const {
+  moveEntry(source, destination, policy, MovedEntry::Folder);
+}
+
+provider::FileAttributes LocalProvider::doGetFileAttributes(const StorageIRI& location) const {
+  const auto path = nativePath(location);
+  const auto status = requireStatus(location, path);
+  if (S_ISDIR(status.st_mode))
+    throw systemFailure(EISDIR, "stat", location);
+  auto attributes = fileAttributes(status, path);
+  return attributes.withHiddenAttribute(isHidden(path)).withSymlinkStatusAttribute(linkQuestion(path));
+}
+
+provider::FolderAttributes LocalProvider::doGetFolderAttributes(const StorageIRI& location) const {
+  const auto path = nativePath(location);
+  const auto status = requireStatus(location, path);
+  if (!S_ISDIR(status.st_mode))
+    throw systemFailure(ENOTDIR, "stat", location);
+  auto attributes = folderAttributes(status, path);
+  return attributes.withHiddenAttribute(isHidden(path)).withSymlinkStatusAttribute(linkQuestion(path));
+}
+
+std::unique_ptr<ByteStream> LocalProvider::doOpenStream(const StorageIRI& location,
+                                                        const ByteStreamOpenOptions& options) const {
+  return openStreamWith(location, openFlags(options));
+}
+
+std::unique_ptr<ByteStream> LocalProvider::doOpenReadOnlyStream(const StorageIRI& location) const {
+  return openStreamWith(location, O_RDONLY);
+}
+
+LocalProvider::Listing LocalProvider::doListAll(const StorageIRI& location) const {
+  return list(location, EntryFilter::All, EntryDetail::Attributes);
+}
+
+LocalProvider::Listing LocalProvider::doListFiles(const StorageIRI& location) const {
+  return list(location, EntryFilter::Files, EntryDetail::Attributes);
+}
+
+LocalProvider::Listing LocalProvider::doListFolders(const StorageIRI& location) const {
+  return list(location, EntryFilter::Folders, EntryDetail::Attributes);
+}
+
+LocalProvider::Listing LocalProvider::doListAllNamesOnly(const StorageIRI& location) const {
+  return list(location, EntryFilter::All, EntryDetail::NamesOnly);
+}
+
+LocalProvider::Listing LocalProvider::doListFoldersNamesOnly(const StorageIRI& location) const {
+  return list(location, EntryFilter::Folders, EntryDetail::NamesOnly);
+}
+
+LocalProvider::Listing LocalProvider::doListFilesNamesOnly(const StorageIRI& location) const {
+  return list(location, EntryFilter::Files, EntryDetail::NamesOnly);
+}
+
+void LocalProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destination,
+                               const ReplacementPolicy& policy) const {
+  copyContent(source, destination, policy);
+}
+
+provider::StorageIRI LocalProvider::doGetCanonicalLocation(const StorageIRI& location) const {
+  requireLocal(location);
+  return provider::toCanonicalizedStorageIRI(location.getScheme(), fl::filesystem::upath(location.getPath()));
+}
+
+ExistenceType LocalProvider::doExists(const StorageIRI& location) const {
+  const auto status = findStatus(location, nativePath(location));
+  if (!status)
+    return ExistenceType::AsNeither;
+  return S_ISDIR(status->st_mode) ? ExistenceType::AsFolder : ExistenceType::AsFile;
+}
+
+ExistenceTypeExtended LocalProvider::doExistsExtended(const StorageIRI& location) const {
+  const auto path = nativePath(location);
+  const auto status = findLinkStatus(location, path);
+  if (!status)
+    return ExistenceTypeExtended::None;
+  if (S_ISLNK(status->st_mode))
+    return typeBehindLink(path);
+  if (S_ISDIR(status->st_mode))
+    return ExistenceTypeExtended::RegularFolder;
+  return S_ISREG(status->st_mode) ? ExistenceTypeExtended::RegularFile : ExistenceTypeExtended::SpecialFile;
+}
+
+}  // namespace foundation::storage::backend::local::detail

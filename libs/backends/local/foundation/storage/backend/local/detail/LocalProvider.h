@@ -1,0 +1,50 @@
+#pragma once
+
+#include <foundation/storage/provider/IProvider.h>
+
+namespace foundation::storage::backend::local::detail {
+
+/// The local file system; `LocalProviderFactory` says how it behaves. It has no state, so any number of
+/// threads may use it.
+class LocalProvider final : public provider::IProvider {
+ public:
+  LocalProvider();
+  ~LocalProvider() override;
+
+ private:
+  using StorageIRI = provider::StorageIRI;
+  using ReplacementPolicy = provider::ReplacementPolicy;
+  using Listing = provider::IProvider::Listing;
+
+  void doCreateFile(const StorageIRI& location) const override;
+  void doCreateFolder(const StorageIRI& location) const override;
+  bool doFileExists(const StorageIRI& location) const override;
+  bool doFolderExists(const StorageIRI& location) const override;
+  void doRemoveFile(const StorageIRI& location) const override;
+  /// Throws `UnsupportedOperation` where the destination is on another file system.
+  void doMoveFile(const StorageIRI& source, const StorageIRI& destination,
+                  const ReplacementPolicy& policy) const override;
+  void doRemoveFolder(const StorageIRI& location) const override;
+  /// An existing destination is replaced only if it is an empty folder.
+  void doMoveFolder(const StorageIRI& source, const StorageIRI& destination,
+                    const ReplacementPolicy& policy) const override;
+  provider::FileAttributes doGetFileAttributes(const StorageIRI& location) const override;
+  provider::FolderAttributes doGetFolderAttributes(const StorageIRI& location) const override;
+  std::unique_ptr<provider::ByteStream> doOpenStream(const StorageIRI& location,
+                                                     const provider::ByteStreamOpenOptions& options) const override;
+  std::unique_ptr<provider::ByteStream> doOpenReadOnlyStream(const StorageIRI& location) const override;
+  Listing doListAll(const StorageIRI& location) const override;
+  Listing doListFiles(const StorageIRI& location) const override;
+  Listing doListFolders(const StorageIRI& location) const override;
+  Listing doListAllNamesOnly(const StorageIRI& location) const override;
+  Listing doListFoldersNamesOnly(const StorageIRI& location) const override;
+  Listing doListFilesNamesOnly(const StorageIRI& location) const override;
+  /// Refuses to copy a file onto itself with `InvalidLocation`.
+  void doCopyFile(const StorageIRI& source, const StorageIRI& destination,
+                  const ReplacementPolicy& policy) const override;
+  StorageIRI doGetCanonicalLocation(const StorageIRI& location) const override;
+  provider::ExistenceType doExists(const StorageIRI& location) const override;
+  provider::ExistenceTypeExtended doExistsExtended(const StorageIRI& location) const override;
+};
+
+}  // namespace foundation::storage::backend::local::detail

@@ -1,0 +1,14 @@
+#include <foundation/storage/backend/local/detail/posix/Descriptor.h>
+
+#include <cerrno>
+#include <unistd.h>
+
+namespace foundation::storage::backend::local::detail {
+
+int Descriptor::close() noexcept {
+  if (!isOpen() || ::close(std::exchange(number_, -1)) == 0)
+    return 0;
+  return errno == EINTR ? 0 : errno;  // interrupted, but closed all the same
+}
+
+}  // namespace foundation::storage::backend::local::detail

@@ -1,0 +1,60 @@
+#include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/LocalByteStream.h>
+#include <foundation/storage/backend/local/detail/posix/Retry.h>
+
+#include <array>
+#include <cerrno>
+#include <unistd.h>
+#include <utility>
+
+namespace foundation::storage::backend::local::detail {
+
+using provider::ByteStreamCloseFailure;
+using provider::ByteStreamReadFailure;
+using provider::ByteStreamSeekFailure;
+using provider::ByteStreamWriteFailure;
+using provider::ErrorCode;
+
+LocalByteStream::LocalByteStream(Descriptor descriptor, provider::StorageIRI location)
+    : descriptor_(std::move(descriptor)), location_(std::move(location)) {}
+
+std::int64_t LocalByteStream::doRead(char* buffer, std::int64_t count) {
+  const auto got = retried([&] { return ::read(descriptor_.get(), buffer, static_cast<std::size_t>(count)); });
+  if (got == -1)
+    throw streamFailure<ByteStreamReadFailure>(errno, "read", location_);
+  return got == 0 && count > 0 ? -1 : got;
+}
+
+std::int64_t LocalByteStream::doWrite(const char* buffer, std::int64_t count) {
+  std::int64_t done = 0;
+  while (done < count) {
+    const auto rest = static_cast<std::size_t>(count - done);
+    const auto written = retried([&] { return ::write(descriptor_.get(), buffer + done, rest); });
+    if (written > 0)
+      done += written;
+    else if (done > 0)
+      return done;
+    else
+      throw streamFailure<ByteStreamWriteFailure>(written == 0 ? ENOSPC : errno, "write", location_);
+  }
+  return done;
+}
+
+std::streampos LocalByteStream::doSeek(std::int64_t offset, int origin) {
+  static constexpr std::array origins{SEEK_SET, SEEK_CUR, SEEK_END};
+  if (origin < 0 || origin >= static_cast<int>(origins.size()))
+    throw ByteStreamSeekFailure(streamMessage(location_, "Unknown origin of a seek"), ErrorCode::IOError);
+  const auto position = lseek(descriptor_.get(), offset, origins[static_cast<std::size_t>(origin)]);
+  if (position == -1 && errno == EINVAL)
+    throw ByteStreamSeekFailure(streamMessage(location_, "The position lies before the beginning"), ErrorCode::IOError);
+  if (position == -1)
+    throw streamFailure<ByteStreamSeekFailure>(errno, "lseek", location_);
+  return position;
+}
+
+void LocalByteStream::doClose() {
+  if (const int error = descriptor_.close())
+    throw streamFailure<ByteStreamCloseFailure>(error, "close", location_);
+}
+
+}  // namespace foundation::storage::backend::local::detail
