@@ -1,3 +1,4 @@
+#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/LocalProvider.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Attributes.h>
@@ -12,7 +13,9 @@
 #include <foundation/storage/provider/LocalPath.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
 
 namespace foundation::storage::backend::local::detail {
@@ -157,8 +160,13 @@ void LocalProvider::doCopyFile(const StorageIRI& source, const StorageIRI& desti
 }
 
 provider::StorageIRI LocalProvider::doGetCanonicalLocation(const StorageIRI& location) const {
-  requireLocal(location);
-  return provider::toCanonicalizedStorageIRI(location.getScheme(), fl::filesystem::upath(location.getPath()));
+  struct Free {
+    void operator()(char* text) const { std::free(text); }
+  };
+  const std::unique_ptr<char, Free> path(realpath(nativePath(location).c_str(), nullptr));
+  if (path == nullptr)
+    throw systemFailure(errno, "realpath", location);
+  return provider::toStorageIRI(location.getScheme(), fl::filesystem::upath(fl::i18n::to_ustring(path.get())));
 }
 
 ExistenceType LocalProvider::doExists(const StorageIRI& location) const {

@@ -1,0 +1,138 @@
+// Bad input: each operation names the location and the reason.
+
+#include "TemporaryFolder.h"
+
+#include <functional>
+#include <thread>
+
+namespace foundation::storage::backend::local {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Operation = std::function<void(const StorageItem&)>;
+
+class RefusalTest : public LocalTest {};
+
+TEST_F(RefusalTest, EveryOperationNamesTheLocationAndTheReason) {
+  put("file", "content");
+  fs::create_directory(native("folder"));
+  fs::create_symlink("nowhere", native("dangling"));
+  fs::create_symlink("loop", native("loop"));
+  ASSERT_EQ(mkfifo(native("pipe").c_str(), 0600), 0);
+  const std::u16string longName(300, u'n');
+  const std::u16string deepPath = [] {
+    std::u16string text;
+    for (int i = 0; i < 2500; ++i)
+      text += u"d/";
+    return text + u"end";
+  }();
+
+  const Operation read = [](const StorageItem& item) { item.openReadOnlyStream(); };
+  const Operation write = [](const StorageItem& item) { item.openStream({}); };
+  const Operation list = [](const StorageItem& item) { item.listAll(u""); };
+  const Operation size = [](const StorageItem& item) { item.getFileAttributes(); };
+  const Operation time = [](const StorageItem& item) { item.getFolderAttributes(); };
+  const Operation makeFile = [](const StorageItem& item) { item.createFile(); };
+  const Operation makeFolder = [](const StorageItem& item) { item.createFolder(); };
+  const Operation removeFile = [](const StorageItem& item) { item.removeFile(); };
+  const struct {
+    std::u16string name;
+    std::vector<Operation> operations;
+    ErrorCode code;
+  } cases[] = {
+      {u"missing", {read, list, size, time, removeFile}, ErrorCode::ResourceNotFound},
+      {u"no/where", {write, makeFile, makeFolder}, ErrorCode::ResourceNotFound},
+      {u"dangling", {read, list, size, time}, ErrorCode::ResourceNotFound},
+      {u"folder", {read, write, size, removeFile}, ErrorCode::InvalidLocation},
+      {u"file", {list, time}, ErrorCode::InvalidLocation},
+      {u"file/below", {read, write, list, size, time, makeFile, makeFolder, removeFile}, ErrorCode::InvalidLocation},
+      {longName, {read, write, list, size, time, makeFile, makeFolder, removeFile}, ErrorCode::InvalidLocation},
+      {deepPath, {read, write, list, size, time, makeFile, makeFolder, removeFile}, ErrorCode::InvalidLocation},
+      {u"loop", {read, write, list, size, time}, ErrorCode::InvalidLocation},
+      {u"pipe", {read}, ErrorCode::InvalidLocation},
+      {u"pipe", {write}, ErrorCode::UnsupportedOperation},
+      {std::u16string(u"a\0b", 3), {read, write, list, size, makeFile, makeFolder}, ErrorCode::InvalidLocation},
+  };
+  for (const auto& row : cases)
+    for (std::size_t i = 0; i < row.operations.size(); ++i) {
+      SCOPED_TRACE(fl::i18n::to_string(row.name.substr(0, 40)) + ", operation " + std::to_string(i));
+      const auto item = child(row.name);
+      EXPECT_EQ(codeThrownAt(item, [&] { row.operations[i](item); }), row.code);
+    }
+  EXPECT_EQ(content("file"), "content");
+}
+
+TEST_F(RefusalTest, TellsWhatTheSystemSaid) {
+  try {
+    child(u"missing").removeFile();
+    FAIL();
+  } catch (const Exception& failure) {
+    const auto context = failure.topExceptionContext();
+    ASSERT_TRUE(context.has_value());
+    EXPECT_EQ(context->getExceptionContextKey(), u"unlink");
+    const auto info = context->getExceptionContextInfo();
+    ASSERT_TRUE(info.has_value());
+    EXPECT_EQ(info->getProviderMessage(), u"No such file or directory");
+    EXPECT_EQ(info->getResponseErrorCode(), u"2");
+    EXPECT_EQ(info->getAdditionalInformation().at(u"name"), u"ENOENT");
+  }
+}
+
+TEST_F(RefusalTest, RespectsPermissions) {
+  fs::create_directory(native("closed"));
+  put("closed/file", "secret");
+  put("locked", "secret");
+  ASSERT_EQ(chmod(native("closed").c_str(), 0), 0);
+  ASSERT_EQ(chmod(native("locked").c_str(), 0), 0);
+  ASSERT_EQ(chmod(path.c_str(), 0555), 0);
+  {
+    const WithoutPrivileges user;
+    const struct {
+      const char16_t* name;
+      Operation operation;
+    } cases[] = {
+        {u"locked", [](const StorageItem& item) { item.openReadOnlyStream(); }},
+        {u"locked", [](const StorageItem& item) { item.openStream({}); }},
+        {u"locked", [](const StorageItem& item) { item.removeFile(); }},
+        {u"closed", [](const StorageItem& item) { item.listAll(u""); }},
+        {u"closed/file", [](const StorageItem& item) { item.fileExists(); }},
+        {u"closed/file", [](const StorageItem& item) { item.getFileAttributes(); }},
+        {u"new", [](const StorageItem& item) { item.createFile(); }},
+        {u"new", [](const StorageItem& item) { item.createFolder(); }},
+    };
+    for (const auto& row : cases) {
+      SCOPED_TRACE(fl::i18n::to_string(row.name));
+      const auto item = child(row.name);
+      EXPECT_EQ(codeThrownAt(item, [&] { row.operation(item); }), ErrorCode::PermissionDenied);
+    }
+  }
+  chmod(path.c_str(), 0755);
+  chmod(native("closed").c_str(), 0755);
+}
+
+TEST_F(RefusalTest, ServesOnlyPathsOfThisMachine) {
+  const LocalProviderFactory factory;
+  for (const auto* text : {u"http://example.org/a", u"file://server/share", u"zip:file:///a.zip!/b", u"file://"}) {
+    SCOPED_TRACE(fl::i18n::to_string(text));
+    const StorageIRI foreign(text);
+    EXPECT_EQ(codeThrownAt(foreign, [&] { factory.buildProvider(foreign); }), ErrorCode::InvalidLocation);
+    EXPECT_EQ(codeThrownAt(foreign, [&] { StorageItem(folder, foreign).createFile(); }), ErrorCode::InvalidLocation);
+  }
+  const auto drive = toStorageIRI(u"file", fl::filesystem::upath(u"C:/a"));
+  EXPECT_EQ(codeThrownAt(drive, [&] { StorageItem(folder, drive).createFile(); }), ErrorCode::InvalidLocation);
+}
+
+TEST_F(RefusalTest, DoesNotWaitForTheOtherEndOfAPipe) {
+  ASSERT_EQ(mkfifo(native("pipe").c_str(), 0600), 0);
+  // With both ends open neither open(2) would fail by itself.
+  const int end = open(native("pipe").c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_GE(end, 0);
+  const auto pipe = child(u"pipe");
+  EXPECT_EQ(codeThrownAt(pipe, [&] { pipe.openReadOnlyStream(); }), ErrorCode::InvalidLocation);
+  EXPECT_EQ(codeThrownAt(pipe, [&] { pipe.openStream({}); }), ErrorCode::InvalidLocation);
+  close(end);
+}
+
+}  // namespace
+}  // namespace foundation::storage::backend::local
