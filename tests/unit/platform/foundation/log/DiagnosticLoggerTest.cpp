@@ -1,0 +1,101 @@
+#include <foundation/log/DiagnosticLogger.h>
+#include <foundation/log/detail/ExceptionChain.h>
+
+#include <boost/log/attributes/value_extraction.hpp>
+#include <boost/log/core/core.hpp>
+#include <boost/log/expressions/message.hpp>
+#include <boost/log/sinks/basic_sink_backend.hpp>
+#include <boost/log/sinks/sync_frontend.hpp>
+#include <boost/smart_ptr/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace foundation::log {
+namespace {
+
+struct Record {
+  std::string channel;
+  std::uint32_t severity;
+  std::string message;
+  bool operator==(const Record&) const = default;
+};
+
+/// Keeps the records that come out of the log.
+class Collector : public boost::log::sinks::basic_sink_backend<boost::log::sinks::synchronized_feeding> {
+ public:
+  void consume(const boost::log::record_view& record) {
+    records.push_back({*boost::log::extract<std::string>("Channel", record),
+                       *boost::log::extract<std::uint32_t>("Severity", record),
+                       *boost::log::extract<std::string>("Message", record)});
+  }
+  std::vector<Record> records;
+};
+
+class DiagnosticLoggerTest : public testing::Test {
+ protected:
+  DiagnosticLoggerTest() { boost::log::core::get()->add_sink(sink_); }
+  ~DiagnosticLoggerTest() override { boost::log::core::get()->remove_sink(sink_); }
+
+  std::vector<Record> records() { return sink_->locked_backend()->records; }
+
+ private:
+  using Sink = boost::log::sinks::synchronous_sink<Collector>;
+  boost::shared_ptr<Sink> sink_ = boost::make_shared<Sink>();
+};
+
+TEST_F(DiagnosticLoggerTest, WritesWhatTheChannelLetsThrough) {
+  const diagnostic_logger first("test::a"), second("test::a"), other("test::b");
+  first.write(Level::error, "before it was opened");
+  openChannel("test::a", Level::error);
+  first.write(Level::error, "one");
+  first.write(Level::detail, "not grave enough");
+  other.write(Level::error, "another channel");
+  openChannel("test::a", Level::detail);
+  second.write(Level::detail, "two");
+  const diagnostic_logger later("test::a");
+  EXPECT_TRUE(later.passes(Level::detail));
+  closeChannel("test::a");
+  EXPECT_FALSE(later.passes(Level::error));
+  later.write(Level::error, "after it was closed");
+  EXPECT_EQ(records(), (std::vector<Record>{{"test::a", 0x200, "one"}, {"test::a", 0x10, "two"}}));
+}
+
+TEST_F(DiagnosticLoggerTest, TakesRecordsFromManyThreads) {
+  const diagnostic_logger logger("test::threads");
+  openChannel("test::threads", Level::detail);
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([&logger] {
+      for (int n = 0; n < 100; ++n)
+        logger.write(Level::detail, "record");
+    });
+  for (auto& thread : threads)
+    thread.join();
+  closeChannel("test::threads");
+  EXPECT_EQ(records().size(), 400u);
+}
+
+TEST(ExceptionChain, TellsAllCausesOutermostFirst) {
+  using detail::current_exception_chain_as_string;
+  EXPECT_EQ(current_exception_chain_as_string(), "no exception");
+  try {
+    try {
+      try {
+        throw 42;
+      } catch (...) {
+        std::throw_with_nested(std::runtime_error("inner"));
+      }
+    } catch (...) {
+      std::throw_with_nested(std::logic_error("outer"));
+    }
+  } catch (...) {
+    EXPECT_EQ(current_exception_chain_as_string(), "outer; caused by: inner; caused by: exception of an unknown type");
+  }
+}
+
+}  // namespace
+}  // namespace foundation::log
