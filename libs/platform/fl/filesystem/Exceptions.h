@@ -10,7 +10,9 @@
 
 namespace fl::filesystem {
 
-/// A path operation that failed: which one, on which path, and why.
+/// A path operation that failed: which one, on which path, and why. The text reads
+/// "operation 'path': reason (error number)", with the reason in strerror(3)'s words; where the system
+/// was not asked there is no number. A NUL in the path reads "\0".
 class FOUNDATION_EXPORT FsysExceptionBase
     : public foundation::core::except::Exception<foundation::core::except::IInternalException, std::exception> {
  public:

@@ -24,8 +24,10 @@ View trimmed(View path, std::size_t rootLength) {
 
 upath make_generic_form(const upath& path) {
   const auto& text = path.string();
-  if (!text.starts_with(u"//") || beginsWithServer(text))
+  if (!text.starts_with(u"//"))
     return path;
+  if (beginsWithServer(text))
+    return text.find(u'/', 2) == View::npos ? extract_root_path(path) : path;
   const auto begin = std::min(text.find_first_not_of(u'/'), text.size());
   return upath(u"/" + text.substr(begin));
 }
@@ -69,7 +71,7 @@ upath extract_filename(const upath& path) {
   const auto rootLength = root_length(path);
   const auto whole = trimmed(path.string(), rootLength);
   if (whole == u"/")
-    return path;
+    return upath(u"/");
   if (whole.size() > rootLength)
     return upath(std::u16string(whole.substr(std::max(whole.rfind(u'/') + 1, rootLength))));
   const auto begin = std::min(whole.find_first_not_of(u'/'), whole.size());  // a drive or a server

@@ -4,8 +4,10 @@
 
 #include <compare>
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 /// Paths of the local file system, as texts: nothing here but `get_pathname_from_volume` asks the
@@ -47,13 +49,28 @@ class basic_path {
                                            a.text_.size() * sizeof(Char)) == 0;
   }
 
-  /// Segment by segment, each by its code units; a path comes before those that continue it.
+  /// `relative` placed under `folder`, with one separator between them: a '/' at the end of `folder` is
+  /// it. An empty `folder` adds none, so the outcome is `relative` itself.
+  friend basic_path operator/(const basic_path& folder, view_type relative) {
+    string_type joined;
+    joined.reserve(folder.text_.size() + 1 + relative.size());
+    joined.append(folder.text_);
+    if (!joined.empty() && joined.back() != separator)
+      joined.push_back(separator);
+    return basic_path(std::move(joined.append(relative)));
+  }
+
+  /// Segment by segment, each by its unsigned code units; a path comes before those that continue it,
+  /// and all rooted paths come before those on a network. Never equal for texts that differ.
   friend std::strong_ordering operator<=>(const basic_path& a, const basic_path& b) noexcept {
     return compareSegments(a.text_, b.text_);
   }
 
  private:
-  /// A separator ends a segment, so it ranks below every other unit, but above the end of the path.
+  static constexpr Char separator = Char('/');
+
+  /// A separator ends a segment, so it ranks below every other unit, but above the end of the path. The
+  /// second one of "//server" ends none: it tells that root from "/", which comes first.
   static std::strong_ordering compareSegments(view_type a, view_type b) noexcept {
     std::size_t at = 0;
     while (at < a.size() && at < b.size() && a[at] == b[at])
@@ -63,7 +80,9 @@ class basic_path {
   static long rankAt(view_type text, std::size_t at) noexcept {
     if (at == text.size())
       return -2;
-    return text[at] == Char('/') ? -1 : static_cast<long>(text[at]);
+    if (text[at] != separator)
+      return static_cast<long>(static_cast<std::make_unsigned_t<Char>>(text[at]));
+    return at == 1 && text[0] == separator ? std::numeric_limits<long>::max() : -1;
   }
 
   string_type text_;
@@ -76,7 +95,7 @@ struct upath_constant {
 };
 
 /// With '/' as the separator. Leading '/' that name no server count as one ("///a" is "/a"; POSIX, XBD
-/// section 4.13).
+/// section 4.13), and a server alone gets the '/' of its root.
 FOUNDATION_EXPORT upath make_generic_form(const upath& path);
 
 /// With the system's own separator.

@@ -1,4 +1,5 @@
 #include <fl/i18n/Case.h>
+
 #include <fl/i18n/Surrogates.h>
 
 #include <unicode/uchar.h>

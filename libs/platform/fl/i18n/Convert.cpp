@@ -1,4 +1,5 @@
 #include <fl/i18n/Convert.h>
+
 #include <fl/i18n/Surrogates.h>
 
 #include <cstddef>

@@ -1,5 +1,6 @@
-#include <fl/i18n/Convert.h>
 #include <fl/i18n/StreamOperator.h>
+
+#include <fl/i18n/Convert.h>
 
 #include <ostream>
 

@@ -5,6 +5,7 @@
 #include <boost/log/sources/logger.hpp>
 #include <boost/log/sources/record_ostream.hpp>
 
+#include <exception>
 #include <limits>
 #include <map>
 #include <mutex>
@@ -38,6 +39,20 @@ class Channels {
   std::map<std::string, std::shared_ptr<Threshold>> thresholds_;
 };
 
+template <class Char>
+void push(const std::string& channel, Level level, std::basic_string_view<Char> record) {
+  namespace logging = boost::log;
+  logging::sources::logger source;
+  source.add_attribute("Channel", logging::attributes::constant<std::string>(channel));
+  source.add_attribute("Severity", logging::attributes::constant<std::uint32_t>(static_cast<std::uint32_t>(level)));
+  if (auto opened = source.open_record()) {
+    logging::record_ostream out(opened);
+    out << record;
+    out.flush();
+    source.push_record(std::move(opened));
+  }
+}
+
 }  // namespace
 
 void openChannel(std::string_view channel, Level least) {
@@ -56,15 +71,9 @@ template <class Char>
 void basic_diagnostic_logger<Char>::write(Level level, view_type record) const {
   if (!passes(level))
     return;
-  namespace logging = boost::log;
-  logging::sources::logger source;
-  source.add_attribute("Channel", logging::attributes::constant<std::string>(channel_));
-  source.add_attribute("Severity", logging::attributes::constant<std::uint32_t>(static_cast<std::uint32_t>(level)));
-  if (auto opened = source.open_record()) {
-    logging::record_ostream out(opened);
-    out << record;
-    out.flush();
-    source.push_record(std::move(opened));
+  try {
+    push(channel_, level, record);
+  } catch (const std::exception&) {  // the record is lost: nobody here could deal with it
   }
 }
 

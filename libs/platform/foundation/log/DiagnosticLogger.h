@@ -44,7 +44,11 @@ class FOUNDATION_EXPORT basic_diagnostic_logger {
     return static_cast<std::uint32_t>(level) >= threshold_->load(std::memory_order_relaxed);
   }
 
-  /// Writes a record if its level passes. Throws what the program's sinks throw, and `std::bad_alloc`.
+  /// Writes a record if its level passes. Records are written where a failure is being dealt with, so a
+  /// failure to write is none of the caller's: a `std::exception` (a sink's, or for want of memory) drops
+  /// the record, here and for the sinks that had not yet had it. A program that wants to know sets an
+  /// exception handler on Boost.Log's core or sinks; that is called first. Only what is no
+  /// `std::exception` passes, the interruption of a thread above all.
   void write(Level level, view_type record) const;
 
  private:

@@ -1,10 +1,10 @@
 #include <foundation/network/IRI.h>
+
 #include <foundation/network/IRISyntaxException.h>
 #include <foundation/network/detail/Parser.h>
 #include <foundation/network/detail/PercentEncoding.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace foundation::network {
 
@@ -32,24 +32,21 @@ bool IRI::isOpaque() const noexcept {
   return isAbsolute() && (begin == text_.size() || text_[begin] != u'/');
 }
 
-bool IRI::hasUserInfo() const noexcept { return parts_.hasAuthority && parts_.hostBegin != schemeSpecificBegin() + 2; }
+bool IRI::hasUserInfo() const noexcept { return writtenHostAndPort().size() != writtenAuthority().size(); }
 
-bool IRI::hasPort() const noexcept { return parts_.hasAuthority && parts_.hostEnd != parts_.pathBegin; }
+bool IRI::hasPort() const noexcept { return writtenHost().size() != writtenHostAndPort().size(); }
 
-std::u16string IRI::getScheme() const { return text_.substr(0, parts_.schemeEnd); }
+std::u16string IRI::getScheme() const { return isAbsolute() ? text_.substr(0, text_.find(u':')) : std::u16string(); }
 
 std::u16string IRI::getUserInfo(IRIEncoding encoding) const {
-  if (!hasUserInfo())
-    return {};
-  return inEncoding(between(schemeSpecificBegin() + 2, parts_.hostBegin - 1), encoding);
+  const auto authority = writtenAuthority();
+  return hasUserInfo() ? inEncoding(authority.substr(0, authority.rfind(u'@')), encoding) : std::u16string();
 }
 
-std::u16string IRI::getHost(IRIEncoding encoding) const {
-  return inEncoding(between(parts_.hostBegin, parts_.hostEnd), encoding);
-}
+std::u16string IRI::getHost(IRIEncoding encoding) const { return inEncoding(writtenHost(), encoding); }
 
 std::u16string IRI::getPort() const {
-  return hasPort() ? std::u16string(between(parts_.hostEnd + 1, parts_.pathBegin)) : std::u16string();
+  return hasPort() ? std::u16string(writtenHostAndPort().substr(writtenHost().size() + 1)) : std::u16string();
 }
 
 std::u16string IRI::getPath(IRIEncoding encoding) const { return inEncoding(writtenPath(), encoding); }
@@ -83,26 +80,43 @@ IRIArgs IRI::toArgs() const {
 }
 
 IRI IRI::withPath(std::u16string_view plain) const {
-  if (!parts_.hasAuthority)
-    return IRI(toArgs().setPath(std::u16string(plain)));
+  if (parts_.hasAuthority)
+    return withPathAfter({}, !plain.empty() && plain.front() != u'/', plain);
+  IRI iri(toArgs().setPath(std::u16string(plain)));
+  std::u16string encoded;
+  iri.parts_.pathIsLossy = detail::appendEncoded(encoded, plain, detail::inPath).hasLoneSurrogate;
+  return iri;
+}
+
+IRI IRI::withChild(std::u16string_view plain) const {
+  if (parts_.hasAuthority && parts_.pathIsCanonical)
+    return withPathAfter(writtenPath(), !writtenPath().ends_with(u'/'), plain);
+  const auto folder = getPath();
+  return withPath(folder + (folder.ends_with(u'/') ? u"" : u"/") + std::u16string(plain));
+}
+
+/// This IRI with the path `kept` (as it is written), '/' if it is to be `separated`, and `plain`.
+IRI IRI::withPathAfter(std::u16string_view kept, bool separated, std::u16string_view plain) const {
   const auto rest = between(parts_.pathEnd, text_.size());
   std::u16string text;
-  text.reserve(parts_.pathBegin + plain.size() + 1 + rest.size());
-  text.append(text_, 0, parts_.pathBegin);
-  if (!plain.empty() && plain.front() != u'/')
+  text.reserve(parts_.pathBegin + kept.size() + 1 + plain.size() + rest.size());
+  text.append(text_, 0, parts_.pathBegin).append(kept);
+  if (separated)
     text.push_back(u'/');
-  detail::appendEncoded(text, plain, detail::inPath);
+  const auto notes = detail::appendEncoded(text, plain, detail::inPath);
   const auto pathEnd = text.size();
   text.append(rest);
-  if (text.size() > std::numeric_limits<std::uint32_t>::max())
-    throw IRISyntaxException(text, std::numeric_limits<std::uint32_t>::max(), "the text is too long");
+  if (text.size() > detail::maximalLength)
+    throw IRISyntaxException(text, detail::maximalLength, "the text is too long");
 
   auto parts = parts_;
-  const auto path = std::u16string_view(text).substr(parts.pathBegin, pathEnd - parts.pathBegin);
-  parts.pathEnd = static_cast<std::uint32_t>(pathEnd);
-  parts.queryEnd = static_cast<std::uint32_t>(pathEnd + (parts_.queryEnd - parts_.pathEnd));
-  parts.pathHasEscapes = path.find(u'%') != std::u16string_view::npos;
-  parts.isAscii = std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; });
+  parts.pathEnd = pathEnd & detail::maximalLength;
+  parts.pathHasEscapes = notes.hasEscapes || (!kept.empty() && parts_.pathHasEscapes);
+  parts.pathIsCanonical = true;
+  parts.pathIsLossy = notes.hasLoneSurrogate;
+  // Whatever else the text holds was there before; only a path that is replaced may have been the reason.
+  const auto isAscii = [](char16_t unit) { return unit < 0x80; };
+  parts.isAscii = notes.isAscii && (parts_.isAscii || std::all_of(text.begin(), text.end(), isAscii));
   return IRI(std::move(text), parts);
 }
 
@@ -118,16 +132,28 @@ std::u16string IRI::inEncoding(std::u16string_view written, IRIEncoding encoding
   return std::u16string(written);
 }
 
+std::size_t IRI::queryEnd() const noexcept { return std::min(text_.find(u'#', parts_.pathEnd), text_.size()); }
+
 std::u16string_view IRI::writtenAuthority() const noexcept {
   return parts_.hasAuthority ? between(schemeSpecificBegin() + 2, parts_.pathBegin) : std::u16string_view();
 }
 
+std::u16string_view IRI::writtenHostAndPort() const noexcept {
+  const auto authority = writtenAuthority();
+  return authority.substr(authority.rfind(u'@') + 1);  // from the beginning where there is none
+}
+
+std::u16string_view IRI::writtenHost() const noexcept {
+  const auto all = writtenHostAndPort();
+  return all.substr(0, all.find(u':', all.starts_with(u'[') ? all.find(u']') : 0));
+}
+
 std::u16string_view IRI::writtenQuery() const noexcept {
-  return hasQuery() ? between(parts_.pathEnd + 1u, parts_.queryEnd) : std::u16string_view();
+  return hasQuery() ? between(parts_.pathEnd + 1, queryEnd()) : std::u16string_view();
 }
 
 std::u16string_view IRI::writtenFragment() const noexcept {
-  return hasFragment() ? between(parts_.queryEnd + 1u, text_.size()) : std::u16string_view();
+  return hasFragment() ? between(queryEnd() + 1, text_.size()) : std::u16string_view();
 }
 
 }  // namespace foundation::network

@@ -46,7 +46,7 @@ class FOUNDATION_EXPORT IRI {
   static std::u16string decode(std::u16string_view written);
 
   /// Whether it has a scheme. (RFC 3986 calls this "not a relative reference".)
-  bool isAbsolute() const noexcept { return parts_.schemeEnd != 0; }
+  bool isAbsolute() const noexcept { return parts_.hasScheme; }
 
   /// Whether something else than "/" follows the scheme, or nothing at all.
   bool isOpaque() const noexcept;
@@ -56,8 +56,8 @@ class FOUNDATION_EXPORT IRI {
   /// True with every authority; the host may be empty.
   bool hasHost() const noexcept { return parts_.hasAuthority; }
   bool hasPort() const noexcept;
-  bool hasQuery() const noexcept { return parts_.queryEnd != parts_.pathEnd; }
-  bool hasFragment() const noexcept { return parts_.queryEnd != text_.size(); }
+  bool hasQuery() const noexcept { return parts_.pathEnd < text_.size() && text_[parts_.pathEnd] == u'?'; }
+  bool hasFragment() const noexcept { return queryEnd() < text_.size(); }
 
   /// Absent components give the empty text. A host in brackets is given with them.
   std::u16string getScheme() const;
@@ -96,6 +96,14 @@ class FOUNDATION_EXPORT IRI {
   /// Throws `IRISyntaxException` where the IRI would get too long.
   IRI withPath(std::u16string_view plain) const;
 
+  /// The same IRI with its path continued by '/' (unless it ends in one) and `plain`: what `withPath`
+  /// makes of the two, without decoding and encoding the path that is there.
+  IRI withChild(std::u16string_view plain) const;
+
+  /// Whether `withPath` or `withChild` was given lone surrogates, so that `getPath()` need not be the
+  /// path that was asked for (though it stands for the same bytes).
+  bool pathIsLossy() const noexcept { return parts_.pathIsLossy; }
+
   /// What `reference` means where this IRI is the base (RFC 3986, section 5.2, strictly).
   IRI resolve(const IRI& reference) const;
 
@@ -109,12 +117,18 @@ class FOUNDATION_EXPORT IRI {
  private:
   IRI(std::u16string text, const detail::Parts& parts) : text_(std::move(text)), parts_(parts) {}
 
+  IRI withPathAfter(std::u16string_view kept, bool separated, std::u16string_view plain) const;
+  std::u16string inEncoding(std::u16string_view written, IRIEncoding encoding) const;
+
+  // The written components, without their delimiters; empty where they are absent.
   std::u16string_view between(std::size_t begin, std::size_t end) const noexcept {
     return std::u16string_view(text_).substr(begin, end - begin);
   }
-  std::size_t schemeSpecificBegin() const noexcept { return isAbsolute() ? parts_.schemeEnd + 1u : 0u; }
-  std::u16string inEncoding(std::u16string_view written, IRIEncoding encoding) const;
+  std::size_t schemeSpecificBegin() const noexcept { return isAbsolute() ? text_.find(u':') + 1 : 0; }
+  std::size_t queryEnd() const noexcept;
   std::u16string_view writtenAuthority() const noexcept;
+  std::u16string_view writtenHostAndPort() const noexcept;
+  std::u16string_view writtenHost() const noexcept;
   std::u16string_view writtenQuery() const noexcept;
   std::u16string_view writtenFragment() const noexcept;
 

@@ -1,4 +1,5 @@
 #include <foundation/network/IRIArgs.h>
+
 #include <foundation/network/detail/PercentEncoding.h>
 
 #include <utility>

@@ -14,7 +14,13 @@ std::u16string merged(const IRI& base, std::u16string_view path) {
   return std::u16string(basePath.substr(0, basePath.rfind(u'/') + 1)).append(path);
 }
 
-/// `target` as seen from the folder that `base` is in; both absolute and without dot segments.
+/// The path of `iri` without dot segments, from the root.
+std::u16string rootedPath(const IRI& iri, std::u16string_view written) {
+  const bool isRooted = written.starts_with(u'/') || !iri.hasAuthority();
+  return removeDotSegments((isRooted ? u"" : u"/") + std::u16string(written));
+}
+
+/// `target` as seen from `base`, a path that ends in '/' or is empty; both without dot segments.
 std::u16string relativePath(std::u16string_view target, std::u16string_view base) {
   std::size_t common = 0;  // just past the last '/' that both share
   for (std::size_t i = 0; i < target.size() && i < base.size() && target[i] == base[i]; ++i)
@@ -60,13 +66,12 @@ IRI IRI::makeRelativeTo(const IRI& base) const {
                           getScheme() == base.getScheme() && writtenAuthority() == base.writtenAuthority();
   if (!comparable)
     return *this;
-  const auto rooted = [](const IRI& iri) {
-    const bool isRooted = iri.writtenPath().starts_with(u'/') || !iri.hasAuthority();
-    return removeDotSegments((isRooted ? u"" : u"/") + std::u16string(iri.writtenPath()));
-  };
+  // References are merged with the base's path up to its last '/', even where ".." follows that.
+  const auto basePath = base.writtenPath();
+  const auto folder = rootedPath(base, basePath.substr(0, basePath.rfind(u'/') + 1));
   IRIArgs args = toArgs();
   args.scheme_ = args.userInfo_ = args.host_ = args.port_ = std::nullopt;
-  args.path_ = relativePath(rooted(*this), rooted(base));
+  args.path_ = relativePath(rootedPath(*this, writtenPath()), folder);
   return IRI(args);
 }
 

@@ -1,47 +1,65 @@
-#include <foundation/core/except/IException.h>
 #include <foundation/log/detail/ExceptionChain.h>
+
+#include <foundation/core/except/IException.h>
+
+#include <boost/exception/errinfo_nested_exception.hpp>
+#include <boost/exception/get_error_info.hpp>
+#include <boost/exception_ptr.hpp>
 
 #include <exception>
 
 namespace foundation::log::detail {
 namespace {
 
-struct Link {
-  std::string text;
-  std::exception_ptr cause;
-};
+constexpr int mostLinks = 32;
 
-Link describe(const std::exception_ptr& failure) {
-  Link link;
+std::string textOf(const std::exception_ptr& failure) {
   try {
     std::rethrow_exception(failure);
   } catch (const core::except::IException& exception) {
-    link.text = exception.what();
+    return exception.what();
   } catch (const std::exception& exception) {
-    link.text = exception.what();
+    return exception.what();
   } catch (...) {
-    link.text = "exception of an unknown type";
+    return "exception of an unknown type";
   }
+}
+
+std::exception_ptr toStandard(const boost::exception_ptr& failure) {
+  if (!failure)
+    return nullptr;
+  try {
+    boost::rethrow_exception(failure);
+  } catch (...) {
+    return std::current_exception();
+  }
+}
+
+std::exception_ptr causeOf(const std::exception_ptr& failure) {
   try {
     std::rethrow_exception(failure);
-  } catch (const std::nested_exception& nested) {
-    link.cause = nested.nested_ptr();
-  } catch (...) {  // it has no cause
+  } catch (const std::nested_exception& exception) {
+    return exception.nested_ptr();
+  } catch (const boost::exception& exception) {
+    const auto* cause = boost::get_error_info<boost::errinfo_nested_exception>(exception);
+    return cause == nullptr ? nullptr : toStandard(*cause);
+  } catch (...) {  // it can have no cause
+    return nullptr;
   }
-  return link;
 }
 
 }  // namespace
 
 std::string current_exception_chain_as_string() {
-  auto failure = std::current_exception();
+  const auto failure = std::current_exception();
   if (failure == nullptr)
     return "no exception";
-  auto [text, cause] = describe(failure);
-  while (cause != nullptr) {
-    const auto link = describe(cause);
-    text.append("; caused by: ").append(link.text);
-    cause = link.cause;
+  auto text = textOf(failure);
+  auto cause = causeOf(failure);
+  for (int links = 1; cause != nullptr; ++links, cause = causeOf(cause)) {
+    if (links == mostLinks)
+      return text + "; and so on";
+    text.append("; caused by: ").append(textOf(cause));
   }
   return text;
 }

@@ -1,12 +1,12 @@
+#include <foundation/network/detail/Parser.h>
+
 #include <fl/i18n/Convert.h>
 #include <fl/i18n/Surrogates.h>
 #include <foundation/network/IRISyntaxException.h>
 #include <foundation/network/detail/Characters.h>
-#include <foundation/network/detail/Parser.h>
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <limits>
 
 namespace foundation::network::detail {
 namespace {
@@ -16,8 +16,8 @@ class Parser {
   explicit Parser(const std::u16string& text) : text_(text) {}
 
   Parts parse() {
-    if (text_.size() > std::numeric_limits<std::uint32_t>::max())
-      refuse(std::numeric_limits<std::uint32_t>::max(), "the text is too long");
+    if (text_.size() > maximalLength)
+      refuse(maximalLength, "the text is too long");
     parseScheme();
     if (at_ + 1 < text_.size() && text_[at_] == u'/' && text_[at_ + 1] == u'/')
       parseAuthority();
@@ -36,7 +36,7 @@ class Parser {
       return;  // a relative reference
     if (end == 0 || !isAsciiLetter(text_[0]))
       refuse(0, end == 0 ? "the scheme before ':' is empty" : "a scheme begins with a letter");
-    parts_.schemeEnd = offset(end);
+    parts_.hasScheme = true;
     at_ = end + 1;
   }
 
@@ -49,13 +49,11 @@ class Parser {
       pass(inUserInfo, "user information", [&](char16_t) { return at_ == userInfoEnd; });
       at_ = userInfoEnd + 1;
     }
-    parts_.hostBegin = offset(at_);
     if (at_ < end && text_[at_] == u'[')
       parseAddress(end);
     else
       pass(inHost, "a host",
            [](char16_t unit) { return unit == u'/' || unit == u'?' || unit == u'#' || unit == u':'; });
-    parts_.hostEnd = offset(at_);
     if (at_ < end)
       parsePort(end);
   }
@@ -99,12 +97,13 @@ class Parser {
   }
 
   void parsePath() {
-    const bool isReference = parts_.schemeEnd == 0 && !parts_.hasAuthority;
-    parts_.pathBegin = offset(at_);
+    const bool isReference = !parts_.hasScheme && !parts_.hasAuthority;
+    parts_.pathBegin = at_ & maximalLength;
     sawEscape_ = false;
     pass(inPath, "a path", [](char16_t unit) { return unit == u'?' || unit == u'#'; });
     parts_.pathHasEscapes = sawEscape_;
-    parts_.pathEnd = parts_.queryEnd = offset(at_);
+    parts_.pathIsCanonical = !sawEscape_;
+    parts_.pathEnd = at_ & maximalLength;
     if (!isReference)
       return;
     const auto path = std::u16string_view(text_).substr(0, at_);
@@ -117,7 +116,6 @@ class Parser {
       return;
     ++at_;
     pass(inQuery, "a query", [](char16_t unit) { return unit == u'#'; });
-    parts_.queryEnd = offset(at_);
   }
 
   void parseFragment() {
@@ -175,8 +173,6 @@ class Parser {
   [[noreturn]] void refuse(std::size_t at, const std::string& reason) const {
     throw IRISyntaxException(text_, at, reason);
   }
-
-  static std::uint32_t offset(std::size_t at) { return static_cast<std::uint32_t>(at); }
 
   const std::u16string& text_;
   std::size_t at_ = 0;

@@ -1,6 +1,9 @@
+#include <foundation/network/detail/PercentEncoding.h>
+
 #include <fl/i18n/Convert.h>
 #include <fl/i18n/Surrogates.h>
-#include <foundation/network/detail/PercentEncoding.h>
+
+#include <algorithm>
 
 namespace foundation::network::detail {
 namespace {
@@ -18,32 +21,40 @@ void appendEscaped(std::u16string& out, std::u16string_view character) {
 /// How many code units the character at `at` takes.
 std::size_t characterLength(std::u16string_view text, std::size_t at) { return fl::i18n::isPairAt(text, at) ? 2 : 1; }
 
-bool isAllowedAt(std::u16string_view text, std::size_t at, std::size_t length, Allowed where) {
-  if (text[at] < 0x80)
-    return isAllowedAscii(text[at], where);
+bool isAllowedBeyondAsciiAt(std::u16string_view text, std::size_t at, std::size_t length, Allowed where) {
   return isAllowedBeyondAscii(length == 2 ? fl::i18n::pairAt(text, at) : char32_t{text[at]}, where);
 }
 
 }  // namespace
 
-void appendEncoded(std::u16string& out, std::u16string_view plain, Allowed where) {
+EncodingNotes appendEncoded(std::u16string& out, std::u16string_view plain, Allowed where) {
+  EncodingNotes notes;
   std::size_t kept = 0;  // where the run of characters begins that are copied as they are
-  std::size_t at = 0;
-  while (at < plain.size()) {
+  for (std::size_t at = 0; at < plain.size();) {
+    if (isAllowedAscii(plain[at], where)) {
+      ++at;
+      continue;
+    }
     const auto length = characterLength(plain, at);
-    if (!isAllowedAt(plain, at, length, where)) {
+    if (plain[at] >= 0x80 && isAllowedBeyondAsciiAt(plain, at, length, where)) {
+      notes.isAscii = false;
+    } else {
+      notes.hasEscapes = true;
+      notes.hasLoneSurrogate = notes.hasLoneSurrogate || (length == 1 && fl::i18n::isSurrogate(plain[at]));
       out.append(plain, kept, at - kept);
       appendEscaped(out, plain.substr(at, length));
       kept = at + length;
     }
     at += length;
   }
-  out.append(plain, kept, at - kept);
+  out.append(plain, kept, plain.size() - kept);
+  return notes;
 }
 
 std::u16string decoded(std::u16string_view written) {
   std::u16string out;
-  out.reserve(written.size());
+  const auto escapes = static_cast<std::size_t>(std::count(written.begin(), written.end(), u'%'));
+  out.reserve(written.size() - 2 * escapes);
   std::string bytes;
   std::size_t at = 0;
   while (at < written.size()) {

@@ -1,5 +1,6 @@
-#include <fl/i18n/Convert.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
+
+#include <fl/i18n/Convert.h>
 
 #include <system_error>
 #include <utility>

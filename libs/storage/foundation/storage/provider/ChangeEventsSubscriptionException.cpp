@@ -1,7 +1,7 @@
 #include <foundation/storage/provider/ChangeEventsSubscriptionException.h>
-#include <foundation/storage/provider/Exception.h>
 
-#include <boost/exception/get_error_info.hpp>
+#include <foundation/storage/provider/Exception.h>
+#include <foundation/storage/provider/detail/ErrorInfo.h>
 
 namespace foundation::storage::provider {
 
@@ -26,7 +26,7 @@ Self& Self::operator=(const Self& other) {
 
 Self::~ChangeEventsSubscriptionException() noexcept = default;
 
-StorageIRI Self::getStorageIRI() const { return *boost::get_error_info<StorageIRIInfo>(*this); }
+StorageIRI Self::getStorageIRI() const { return detail::requireInfo<StorageIRIInfo>(*this); }
 
 std::u16string Self::ToUstringImpl() const {
   return u"foundation::storage::provider::ChangeEventsSubscriptionException{StorageIRI=\"" +

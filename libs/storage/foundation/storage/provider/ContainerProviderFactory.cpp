@@ -1,4 +1,5 @@
 #include <foundation/storage/provider/ContainerProviderFactory.h>
+
 #include <foundation/storage/provider/detail/ProviderFactoryImpl.h>
 
 #include <utility>

@@ -1,7 +1,7 @@
-#include <fl/i18n/Convert.h>
 #include <foundation/storage/provider/Exception.h>
 
-#include <boost/exception/get_error_info.hpp>
+#include <fl/i18n/Convert.h>
+#include <foundation/storage/provider/detail/ErrorInfo.h>
 
 #include <sstream>
 
@@ -32,9 +32,9 @@ Exception& Exception::operator=(const Exception& other) {
 
 Exception::~Exception() noexcept = default;
 
-ErrorCode Exception::getErrorCode() const { return *boost::get_error_info<ErrorCodeInfo>(*this); }
+ErrorCode Exception::getErrorCode() const { return detail::requireInfo<ErrorCodeInfo>(*this); }
 
-StorageIRI Exception::getStorageIRI() const { return *boost::get_error_info<StorageIRIInfo>(*this); }
+StorageIRI Exception::getStorageIRI() const { return detail::requireInfo<StorageIRIInfo>(*this); }
 
 void Exception::setExceptionContexts(ExceptionContexts contexts) {
   contexts_ = std::move(contexts);

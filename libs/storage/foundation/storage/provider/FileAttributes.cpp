@@ -1,4 +1,5 @@
 #include <foundation/storage/provider/FileAttributes.h>
+
 #include <foundation/storage/provider/detail/LazyFlag.h>
 
 #include <utility>

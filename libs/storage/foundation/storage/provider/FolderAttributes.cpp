@@ -1,4 +1,5 @@
 #include <foundation/storage/provider/FolderAttributes.h>
+
 #include <foundation/storage/provider/detail/LazyFlag.h>
 
 #include <utility>

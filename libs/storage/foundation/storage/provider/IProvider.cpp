@@ -1,5 +1,6 @@
-#include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/IProvider.h>
+
+#include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/SafeByteStream.h>
 
 #include <utility>

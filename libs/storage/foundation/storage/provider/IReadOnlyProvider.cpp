@@ -1,5 +1,6 @@
-#include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/IReadOnlyProvider.h>
+
+#include <foundation/storage/provider/Exception.h>
 
 namespace foundation::storage::provider {
 namespace {

@@ -1,8 +1,9 @@
+#include <foundation/storage/provider/LocalPath.h>
+
 #include <fl/filesystem/Exceptions.h>
 #include <fl/i18n/Convert.h>
 #include <foundation/network/IRISyntaxException.h>
 #include <foundation/storage/provider/Exception.h>
-#include <foundation/storage/provider/LocalPath.h>
 
 #include <boost/exception/diagnostic_information.hpp>
 

@@ -1,5 +1,6 @@
-#include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/SafeByteStream.h>
+
+#include <foundation/storage/provider/ByteStreamFailure.h>
 
 #include <utility>
 

@@ -1,6 +1,8 @@
-#include <fl/i18n/StreamOperator.h>
 #include <foundation/storage/provider/StorageIRI.h>
+
+#include <fl/i18n/StreamOperator.h>
 #include <foundation/storage/provider/detail/ContainerImpl.h>
+#include <foundation/storage/provider/detail/HierarchicalImpl.h>
 #include <foundation/storage/provider/detail/StorageIRIImpl.h>
 #include <foundation/storage/provider/detail/UPathIRIImpl.h>
 
@@ -8,23 +10,37 @@
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
+#include <typeinfo>
 
 namespace foundation::storage::provider {
 namespace {
 
-/// The path of `child` seen from a folder with the path `parent`.
-std::u16string childPath(const std::u16string& parent, const std::u16string& child) {
-  if (child.empty())
-    return parent;
-  if (child.front() == u'/')
-    return u"/" + child.substr(std::min(child.find_first_not_of(u'/'), child.size()));
-  const auto name = std::u16string_view(child).substr(0, child.size() - (child.back() == u'/' ? 1 : 0));
-  std::u16string path;
-  path.reserve(parent.size() + 1 + name.size());
-  path.append(parent);
+using detail::HierarchicalImpl;
+using detail::StorageIRIImpl;
+
+/// A child that replaces its parent's path: leading '/' count as one.
+std::u16string absolutePath(const std::u16string& child) {
+  return u"/" + child.substr(std::min(child.find_first_not_of(u'/'), child.size()));
+}
+
+std::u16string continuedPath(std::u16string path, std::u16string_view name) {
   if (path.empty() || path.back() != u'/')
     path.push_back(u'/');
-  return path.append(name);
+  path.append(name);
+  return path;
+}
+
+StorageIRI childOf(const StorageIRI& parent, const std::u16string& child) {
+  const auto& impl = *StorageIRIImpl::of(parent);
+  if (child.empty())
+    return impl.withPath(parent.getPath());
+  if (child.front() == u'/')
+    return impl.withPath(absolutePath(child));
+  const auto name = std::u16string_view(child).substr(0, child.size() - (child.back() == u'/' ? 1 : 0));
+  // The common case, without taking the parent's path out of its text and putting it in again.
+  if (typeid(impl) == typeid(HierarchicalImpl))
+    return static_cast<const HierarchicalImpl&>(impl).withChild(name);
+  return impl.withPath(continuedPath(parent.getPath(), name));
 }
 
 /// A reference to `path` alone, under an empty authority so that even "//a" is read as a path.
@@ -45,8 +61,7 @@ StorageIRI::StorageIRI(std::u16string iri) : StorageIRI(network::IRI(std::move(i
 
 StorageIRI::StorageIRI(network::IRI iri) : impl_(detail::makeImplFromIRI(std::move(iri))) {}
 
-StorageIRI::StorageIRI(const StorageIRI& parent, const std::u16string& child)
-    : StorageIRI(parent.impl_->withPath(childPath(parent.getPath(), child))) {}
+StorageIRI::StorageIRI(const StorageIRI& parent, const std::u16string& child) : StorageIRI(childOf(parent, child)) {}
 
 StorageIRI::StorageIRI(const std::u16string& scheme, const StorageIRI& inner, std::u16string path)
     : impl_(std::make_shared<detail::ContainerImpl>(scheme, inner.impl_, std::move(path))) {}

@@ -1,7 +1,8 @@
+#include <foundation/storage/provider/StorageItem.h>
+
 #include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/IConfigurableProvider.h>
 #include <foundation/storage/provider/InvalidateProvider.h>
-#include <foundation/storage/provider/StorageItem.h>
 #include <foundation/storage/provider/detail/StreamCopy.h>
 #include <foundation/storage/provider/extensions/IFlushableFilesystem.h>
 #include <foundation/storage/provider/extensions/IInvalidatable.h>

@@ -1,5 +1,6 @@
-#include <foundation/storage/provider/ByteStream.h>
 #include <foundation/storage/provider/TransactionalStream.h>
+
+#include <foundation/storage/provider/ByteStream.h>
 
 namespace foundation::storage::provider {
 

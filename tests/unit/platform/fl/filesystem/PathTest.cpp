@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/fsuid.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -19,6 +23,7 @@ TEST(Path, IsTakenApartInAllAbsoluteForms) {
     bool absolute;
   } cases[] = {
       {u"/", u"/", u"", u"/", true},
+      {u"///", u"/", u"", u"/", true},
       {u"/a", u"/", u"/", u"a", true},
       {u"/a/b", u"/", u"/a", u"b", true},
       {u"/a/b/", u"/", u"/a", u"b", true},
@@ -37,6 +42,7 @@ TEST(Path, IsTakenApartInAllAbsoluteForms) {
       {u"", u"", u"", u"", false},
       {u"a", u"", u"", u"a", false},
       {u"a/b", u"", u"a", u"b", false},
+      {u"C:a/b", u"C:/", u"C:a", u"b", false},
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(i18n::to_string(row.path));
@@ -51,16 +57,25 @@ TEST(Path, IsTakenApartInAllAbsoluteForms) {
 TEST(Path, GenericFormCollapsesLeadingSeparatorsThatNameNoServer) {
   const struct {
     std::u16string path, generic;
-  } cases[] = {{u"", u""},       {u"/", u"/"},         {u"//", u"/"},      {u"///", u"/"},
-               {u"///a", u"/a"}, {u"//s/a", u"//s/a"}, {u"/a//", u"/a//"}, {u"a\\b", u"a\\b"}};
+  } cases[] = {{u"", u""},           {u"/", u"/"},       {u"//", u"/"},      {u"///", u"/"},   {u"///a", u"/a"},
+               {u"//s/a", u"//s/a"}, {u"/a//", u"/a//"}, {u"a\\b", u"a\\b"}, {u"//s", u"//s/"}};
   for (const auto& row : cases)
     EXPECT_EQ(make_generic_form(upath(row.path)).string(), row.generic) << i18n::to_string(row.path);
 }
 
+TEST(Path, IsJoinedByOneSeparator) {
+  const struct {
+    std::u16string folder, relative, joined;
+  } cases[] = {{u"/a", u"b/c", u"/a/b/c"}, {u"/a/", u"b", u"/a/b"}, {u"/", u"b", u"/b"},  {u"C:/", u"b", u"C:/b"},
+               {u"//s/", u"b", u"//s/b"},  {u"", u"b", u"b"},       {u"/a", u"", u"/a/"}, {u"a\\", u"b", u"a\\/b"}};
+  for (const auto& row : cases)
+    EXPECT_EQ((upath(row.folder) / row.relative).string(), row.joined) << i18n::to_string(row.folder);
+}
+
 TEST(Path, IsOrderedSegmentBySegment) {
   // '!' and '-' rank below '/' as code units, but "a!" is a longer name than "a".
-  const std::vector<std::u16string> ordered{u"",       u"/",   u"/a",   u"/a/", u"/a/b",
-                                            u"/a/b/c", u"/a!", u"/a-b", u"/b",  u"C:/"};
+  const std::vector<std::u16string> ordered{u"",   u"/",       u"/a",  u"/a/",  u"/a/b",  u"/a/b/c", u"/a!", u"/a-b",
+                                            u"/b", u"/\xffff", u"//s", u"//s/", u"//s/a", u"//s!",   u"C:/"};
   std::vector<upath> paths(ordered.begin(), ordered.end());
   std::shuffle(paths.begin(), paths.end(), std::mt19937(7));
   std::sort(paths.begin(), paths.end());
@@ -69,6 +84,8 @@ TEST(Path, IsOrderedSegmentBySegment) {
   EXPECT_EQ(upath(u"/a"), upath(u"/a"));
   EXPECT_FALSE(upath(u"/a") < upath(u"/a"));
   EXPECT_TRUE(upath(u"/\x7fff") < upath(u"/\x8000"));  // unsigned
+  using NarrowPath = basic_path<char, char>;
+  EXPECT_TRUE(NarrowPath("/a/b") < NarrowPath("/a\xff") && NarrowPath("/z") < NarrowPath("/\xff"));
 }
 
 class VolumeTest : public testing::Test {
@@ -102,11 +119,36 @@ TEST_F(VolumeTest, SaysWhyByType) {
   EXPECT_THROW(get_pathname_from_volume(pathOf(folder + "/" + std::string(300, 'n'))), InvalidArgument);
   for (const auto* text : {u"", u"relative", u"C:/a", u"//server/share"})
     EXPECT_THROW(get_pathname_from_volume(upath(text)), InvalidArgument) << i18n::to_string(text);
-  EXPECT_THROW(get_pathname_from_volume(upath(std::u16string(u"/tmp\0x", 6))), InvalidArgument);
-  try {
-    get_pathname_from_volume(pathOf(folder + "/missing"));
-  } catch (const FsysExceptionBase& failure) {
-    EXPECT_EQ(failure.what(), "get_pathname_from_volume '" + folder + "/missing': No such file or directory (2)");
+}
+
+TEST_F(VolumeTest, SaysThatTheCallerMayNot) {
+  std::filesystem::create_directories(folder + "/closed/below");
+  std::filesystem::permissions(folder + "/closed", std::filesystem::perms::none);
+  const auto user = static_cast<uid_t>(setfsuid(65534));  // root may do anything; fails for all others, rightly
+  EXPECT_THROW(get_pathname_from_volume(pathOf(folder + "/closed/below")), AccessDenied);
+  setfsuid(user);
+  std::filesystem::permissions(folder + "/closed", std::filesystem::perms::owner_all);
+}
+
+TEST_F(VolumeTest, NamesOperationPathAndReason) {
+  const struct {
+    upath path;
+    int error;
+    std::string text;
+  } cases[] = {
+      {pathOf(folder + "/missing\xff"), ENOENT, folder + "/missing\xff': No such file or directory (2)"},
+      {upath(std::u16string(u"/tmp\0x", 6)), 0, "/tmp\\0x': The path is not of a form that the system knows"},
+  };
+  for (const auto& row : cases) {
+    try {
+      get_pathname_from_volume(row.path);
+      ADD_FAILURE() << row.text;
+    } catch (const FsysExceptionBase& failure) {
+      EXPECT_EQ(failure.what(), "get_pathname_from_volume '" + row.text);
+      EXPECT_EQ(failure.getOperation(), "get_pathname_from_volume");
+      EXPECT_EQ(failure.getPath(), row.path);
+      EXPECT_EQ(failure.getErrorNumber(), row.error);
+    }
   }
 }
 

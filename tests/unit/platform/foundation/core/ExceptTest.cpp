@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <exception>
+#include <latch>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -51,9 +52,11 @@ TEST(Except, IsReadByManyThreadsThroughOnePointer) {
   for (int round = 0; round < 50; ++round) {
     const auto failure = std::make_exception_ptr(Counted(u"text"));
     std::vector<std::thread> threads;
+    std::latch start(8);
     std::atomic<int> right = 0;
     for (int i = 0; i < 8; ++i)
       threads.emplace_back([&] {
+        start.arrive_and_wait();
         try {
           std::rethrow_exception(failure);
         } catch (const std::exception& caught) {

@@ -1,14 +1,20 @@
 #include <foundation/log/DiagnosticLogger.h>
 #include <foundation/log/detail/ExceptionChain.h>
 
+#include <boost/exception/enable_current_exception.hpp>
+#include <boost/exception/errinfo_nested_exception.hpp>
+#include <boost/exception_ptr.hpp>
 #include <boost/log/attributes/value_extraction.hpp>
 #include <boost/log/core/core.hpp>
 #include <boost/log/expressions/message.hpp>
 #include <boost/log/sinks/basic_sink_backend.hpp>
 #include <boost/log/sinks/sync_frontend.hpp>
+#include <boost/log/utility/exception_handler.hpp>
 #include <boost/smart_ptr/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <exception>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -28,11 +34,14 @@ struct Record {
 class Collector : public boost::log::sinks::basic_sink_backend<boost::log::sinks::synchronized_feeding> {
  public:
   void consume(const boost::log::record_view& record) {
+    if (fails)
+      throw std::runtime_error("the disk is full");
     records.push_back({*boost::log::extract<std::string>("Channel", record),
                        *boost::log::extract<std::uint32_t>("Severity", record),
                        *boost::log::extract<std::string>("Message", record)});
   }
   std::vector<Record> records;
+  bool fails = false;
 };
 
 class DiagnosticLoggerTest : public testing::Test {
@@ -41,6 +50,7 @@ class DiagnosticLoggerTest : public testing::Test {
   ~DiagnosticLoggerTest() override { boost::log::core::get()->remove_sink(sink_); }
 
   std::vector<Record> records() { return sink_->locked_backend()->records; }
+  void setFailing(bool fails) { sink_->locked_backend()->fails = fails; }
 
  private:
   using Sink = boost::log::sinks::synchronous_sink<Collector>;
@@ -62,6 +72,23 @@ TEST_F(DiagnosticLoggerTest, WritesWhatTheChannelLetsThrough) {
   EXPECT_FALSE(later.passes(Level::error));
   later.write(Level::error, "after it was closed");
   EXPECT_EQ(records(), (std::vector<Record>{{"test::a", 0x200, "one"}, {"test::a", 0x10, "two"}}));
+}
+
+TEST_F(DiagnosticLoggerTest, KeepsAFailingSinkFromTheWriter) {
+  const diagnostic_logger logger("test::failing");
+  openChannel("test::failing", Level::error);
+  setFailing(true);
+  EXPECT_NO_THROW(logger.write(Level::error, "lost"));
+  std::string told;
+  const auto tell = [&told](const std::runtime_error& failure) { told = failure.what(); };
+  boost::log::core::get()->set_exception_handler(boost::log::make_exception_handler<std::runtime_error>(tell));
+  EXPECT_NO_THROW(logger.write(Level::error, "lost, and told"));
+  boost::log::core::get()->set_exception_handler(boost::log::core::exception_handler_type());
+  setFailing(false);
+  logger.write(Level::error, "kept");
+  closeChannel("test::failing");
+  EXPECT_EQ(told, "the disk is full");
+  EXPECT_EQ(records(), (std::vector<Record>{{"test::failing", 0x200, "kept"}}));
 }
 
 TEST_F(DiagnosticLoggerTest, TakesRecordsFromManyThreads) {
@@ -94,6 +121,45 @@ TEST(ExceptionChain, TellsAllCausesOutermostFirst) {
     }
   } catch (...) {
     EXPECT_EQ(current_exception_chain_as_string(), "outer; caused by: inner; caused by: exception of an unknown type");
+  }
+}
+
+TEST(ExceptionChain, FollowsBoostsNesting) {
+  struct Failure : std::runtime_error, boost::exception {
+    using std::runtime_error::runtime_error;
+  };
+  try {
+    try {
+      throw boost::enable_current_exception(Failure("inner"));
+    } catch (...) {
+      throw Failure("outer") << boost::errinfo_nested_exception(boost::current_exception());
+    }
+  } catch (...) {
+    EXPECT_EQ(detail::current_exception_chain_as_string(), "outer; caused by: inner");
+  }
+}
+
+TEST(ExceptionChain, EndsWhereverTheNestingLeads) {
+  std::exception_ptr chain;
+  for (int link = 0; link < 1000; ++link) {
+    try {
+      if (chain != nullptr)
+        std::rethrow_exception(chain);
+      throw std::runtime_error("x");
+    } catch (...) {
+      try {
+        std::throw_with_nested(std::runtime_error("x"));
+      } catch (...) {
+        chain = std::current_exception();
+      }
+    }
+  }
+  try {
+    std::rethrow_exception(chain);
+  } catch (...) {
+    const auto text = detail::current_exception_chain_as_string();
+    EXPECT_TRUE(text.ends_with("x; and so on"));
+    EXPECT_EQ(std::count(text.begin(), text.end(), 'x'), 32);
   }
 }
 

@@ -41,7 +41,8 @@ upath get_pathname_from_volume(const upath& path) {
   const bool isRooted = root_length(generic) == 1;
   if (!isRooted || text.find(u'\0') != std::u16string::npos)
     fail(path, 0);
-  const std::unique_ptr<char, Free> canonical(realpath(i18n::to_string(text).c_str(), nullptr));
+  const auto name = i18n::to_string(text);
+  const std::unique_ptr<char, Free> canonical(realpath(name.c_str(), nullptr));
   if (canonical == nullptr)
     fail(path, errno);
   return upath(i18n::to_ustring(canonical.get()));

@@ -1,6 +1,7 @@
+#include <foundation/storage/provider/detail/Absolute.h>
+
 #include <fl/i18n/Convert.h>
 #include <foundation/core/except/detail/AnonymousInternalException.h>
-#include <foundation/storage/provider/detail/Absolute.h>
 
 #include <stdexcept>
 

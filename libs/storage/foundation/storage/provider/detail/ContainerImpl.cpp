@@ -1,7 +1,8 @@
+#include <foundation/storage/provider/detail/ContainerImpl.h>
+
 #include <fl/i18n/Convert.h>
 #include <foundation/core/except/detail/AnonymousInternalException.h>
 #include <foundation/storage/provider/detail/Absolute.h>
-#include <foundation/storage/provider/detail/ContainerImpl.h>
 #include <foundation/storage/provider/detail/PathSplit.h>
 
 #include <stdexcept>
@@ -43,8 +44,10 @@ std::u16string decodedPath(std::u16string_view written) {
 
 /// The last raw separator of a text begins the path, so one inside the path has to be escaped.
 std::u16string encodedPath(const std::u16string& path) {
+  network::IRIArgs args;
+  args.setPath(path);
   std::u16string out;
-  for (const char16_t unit : network::IRIArgs().setPath(path).getPath()) {
+  for (const char16_t unit : args.getPath()) {
     if (unit == separator)
       out.append(u"%21");
     else
@@ -74,7 +77,7 @@ ContainerImpl::ContainerImpl(const std::u16string& scheme, Pointer inner, std::u
 }
 
 const StorageIRIImpl::Pointer& ContainerImpl::getParent() const {
-  return parent_.get([this] {
+  return rest().parent.get([this] {
     const auto parentPath = splitPath(path_).parent;
     if (parentPath.empty())
       throwHasNoParent();
@@ -84,10 +87,6 @@ const StorageIRIImpl::Pointer& ContainerImpl::getParent() const {
 
 const std::u16string& ContainerImpl::getName() const {
   return name_.get([this] { return std::u16string(splitPath(path_).name); });
-}
-
-const std::u16string& ContainerImpl::toAsciiString() const {
-  return iri_.isAscii() ? iri_.text() : asciiText_.get([this] { return iri_.toAsciiString(); });
 }
 
 std::u16string ContainerImpl::getHost() const {

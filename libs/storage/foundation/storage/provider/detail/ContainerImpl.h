@@ -21,7 +21,7 @@ class ContainerImpl final : public StorageIRIImpl {
   const std::u16string& getPath() const override { return path_; }
   const std::u16string& getName() const override;
   const std::u16string& toString() const override { return iri_.text(); }
-  const std::u16string& toAsciiString() const override;
+  const std::u16string& toAsciiString() const override { return asciiTextOf(iri_); }
   std::u16string getHost() const override;
   bool hasHost() const override { return false; }
   bool isOpaque() const override { return true; }
@@ -36,8 +36,6 @@ class ContainerImpl final : public StorageIRIImpl {
   std::u16string path_;
   network::IRI iri_;
   LazyValue<std::u16string> name_;
-  LazyValue<std::u16string> asciiText_;
-  LazyValue<Pointer> parent_;
 };
 
 }  // namespace foundation::storage::provider::detail

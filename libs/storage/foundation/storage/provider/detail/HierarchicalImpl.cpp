@@ -1,7 +1,11 @@
-#include <fl/i18n/Surrogates.h>
-#include <foundation/storage/provider/detail/Absolute.h>
 #include <foundation/storage/provider/detail/HierarchicalImpl.h>
+
+#include <foundation/storage/provider/detail/Absolute.h>
+#include <foundation/storage/provider/detail/AsciiForm.h>
 #include <foundation/storage/provider/detail/PathSplit.h>
+
+#include <algorithm>
+#include <typeinfo>
 
 namespace foundation::storage::provider::detail {
 namespace {
@@ -14,30 +18,28 @@ bool beginsWithDrive(std::u16string_view path) {
          (path.size() == 3 || path[3] == u'/');
 }
 
-/// Whether `path` holds a surrogate without its partner. Such a path need not come back from its text,
-/// where a lone surrogate is spelt by the bytes that name the file.
-bool hasLoneSurrogate(std::u16string_view path) {
-  for (std::size_t at = 0; at < path.size(); ++at) {
-    if (!fl::i18n::isSurrogate(path[at]))
-      continue;
-    if (!fl::i18n::isPairAt(path, at))
-      return true;
-    ++at;
-  }
-  return false;
-}
-
 }  // namespace
 
 HierarchicalImpl::HierarchicalImpl(network::IRI iri) : iri_(std::move(iri)) { requireAbsolute(iri_); }
 
-HierarchicalImpl::HierarchicalImpl(network::IRI iri, std::u16string path)
-    : iri_(std::move(iri)), path_(std::move(path)) {
-  requireAbsolute(iri_);
+HierarchicalImpl::HierarchicalImpl(network::IRI iri, std::u16string path) : HierarchicalImpl(std::move(iri)) {
+  names_.get([&path] { return Names(std::move(path)); });
+}
+
+bool HierarchicalImpl::equals(const StorageIRIImpl& other) const {
+  if (typeid(other) == typeid(HierarchicalImpl))
+    return sameAsciiForm(iri_.text(), static_cast<const HierarchicalImpl&>(other).iri_.text());
+  return StorageIRIImpl::equals(other);
+}
+
+bool HierarchicalImpl::less(const StorageIRIImpl& other) const {
+  if (typeid(other) == typeid(HierarchicalImpl))
+    return lessAsciiForm(iri_.text(), static_cast<const HierarchicalImpl&>(other).iri_.text());
+  return StorageIRIImpl::less(other);
 }
 
 const StorageIRIImpl::Pointer& HierarchicalImpl::getParent() const {
-  return parent_.get([this] {
+  return rest().parent.get([this] {
     const auto parentPath = splitPath(getPath()).parent;
     if (parentPath.empty())
       throwHasNoParent();
@@ -46,19 +48,19 @@ const StorageIRIImpl::Pointer& HierarchicalImpl::getParent() const {
 }
 
 StorageIRI HierarchicalImpl::getRoot() const {
-  return root_.get([this] { return withPath(u"/"); });
+  return rest().root.get([this] { return withPath(u"/"); });
 }
 
-const std::u16string& HierarchicalImpl::getPath() const {
-  return path_.get([this] { return iri_.pathHasEscapes() ? iri_.getPath() : std::u16string(iri_.writtenPath()); });
+const HierarchicalImpl::Names& HierarchicalImpl::names() const {
+  return names_.get(
+      [this] { return Names(iri_.pathHasEscapes() ? iri_.getPath() : std::u16string(iri_.writtenPath())); });
 }
+
+const std::u16string& HierarchicalImpl::getPath() const { return names().path; }
 
 const std::u16string& HierarchicalImpl::getName() const {
-  return name_.get([this] { return std::u16string(splitPath(getPath()).name); });
-}
-
-const std::u16string& HierarchicalImpl::toAsciiString() const {
-  return iri_.isAscii() ? iri_.text() : asciiText_.get([this] { return iri_.toAsciiString(); });
+  const auto& known = names();
+  return known.name.get([&known] { return std::u16string(splitPath(known.path).name); });
 }
 
 fl::filesystem::upath HierarchicalImpl::toUPath() const {
@@ -68,16 +70,24 @@ fl::filesystem::upath HierarchicalImpl::toUPath() const {
     path = u"//" + getHost() + u"/" + path.substr(begin);
   } else if (beginsWithDrive(path)) {
     path.erase(0, 1);
-    if (path.back() == u':')
+    if (path.size() == 2)  // a bare drive
       path.push_back(u'/');
   }
   return path.empty() ? fl::filesystem::upath() : make_native_form(fl::filesystem::upath(std::move(path)));
 }
 
 StorageIRI HierarchicalImpl::withPath(const std::u16string& path) const {
-  if (hasLoneSurrogate(path))
-    return wrap(std::make_shared<HierarchicalImpl>(iri_.withPath(path), path));
-  return wrap(std::make_shared<HierarchicalImpl>(iri_.withPath(path)));
+  auto iri = iri_.withPath(path);
+  return wrap(iri.pathIsLossy() ? std::make_shared<HierarchicalImpl>(std::move(iri), path)
+                                : std::make_shared<HierarchicalImpl>(std::move(iri)));
+}
+
+StorageIRI HierarchicalImpl::withChild(std::u16string_view name) const {
+  auto iri = iri_.withChild(name);
+  if (!iri.pathIsLossy() && !iri_.pathIsLossy())
+    return wrap(std::make_shared<HierarchicalImpl>(std::move(iri)));
+  const auto& folder = getPath();
+  return withPath(folder + (folder.ends_with(u'/') ? u"" : u"/") + std::u16string(name));
 }
 
 }  // namespace foundation::storage::provider::detail

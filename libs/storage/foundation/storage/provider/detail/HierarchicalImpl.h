@@ -1,5 +1,6 @@
 #pragma once
 
+#include <foundation/storage/provider/detail/InPlaceLazyValue.h>
 #include <foundation/storage/provider/detail/StorageIRIImpl.h>
 
 namespace foundation::storage::provider::detail {
@@ -10,9 +11,14 @@ class HierarchicalImpl final : public StorageIRIImpl {
   /// Throws where `iri` is not absolute.
   explicit HierarchicalImpl(network::IRI iri);
 
-  /// With the decoded path as it was given, which the text cannot always give back: see `withPath`.
+  /// With the decoded path as it was given, for an IRI whose text need not give it back.
   HierarchicalImpl(network::IRI iri, std::u16string path);
 
+  /// `withPath` of this path, a '/' and `name`.
+  StorageIRI withChild(std::u16string_view name) const;
+
+  bool equals(const StorageIRIImpl& other) const override;
+  bool less(const StorageIRIImpl& other) const override;
   std::u16string getScheme() const override { return iri_.getScheme(); }
   const Pointer& getParent() const override;
   bool hasParent() const override { return iri_.writtenPath() != u"/"; }
@@ -21,7 +27,7 @@ class HierarchicalImpl final : public StorageIRIImpl {
   const std::u16string& getPath() const override;
   const std::u16string& getName() const override;
   const std::u16string& toString() const override { return iri_.text(); }
-  const std::u16string& toAsciiString() const override;
+  const std::u16string& toAsciiString() const override { return asciiTextOf(iri_); }
   std::u16string getHost() const override { return iri_.getHost(); }
   bool hasHost() const override { return iri_.hasHost() && !iri_.getHost(network::IRIEncoding::Display).empty(); }
   bool isOpaque() const override { return false; }
@@ -32,12 +38,16 @@ class HierarchicalImpl final : public StorageIRIImpl {
   StorageIRI withPath(const std::u16string& path) const override;
 
  private:
+  struct Names {
+    explicit Names(std::u16string thePath) : path(std::move(thePath)) {}
+    std::u16string path;
+    InPlaceLazyValue<std::u16string> name;
+  };
+
+  const Names& names() const;
+
   network::IRI iri_;
-  LazyValue<std::u16string> path_;
-  LazyValue<std::u16string> name_;
-  LazyValue<std::u16string> asciiText_;
-  LazyValue<Pointer> parent_;
-  LazyValue<StorageIRI> root_;
+  LazyValue<Names> names_;
 };
 
 }  // namespace foundation::storage::provider::detail

@@ -1,39 +1,39 @@
 #pragma once
 
-#include <foundation/core/Export.h>
+#include <foundation/storage/provider/detail/OnceState.h>
 
-#include <atomic>
-#include <cstdint>
 #include <functional>
+#include <utility>
 
 namespace foundation::storage::provider::detail {
 
 /// A truth value that may cost something to find out: either known, or a function that is called on
 /// the first request. Concurrent first requests call it once and all get its answer; a function that
 /// throws is called again on the next request.
-class FOUNDATION_EXPORT LazyFlag {
+class LazyFlag {
  public:
-  explicit LazyFlag(bool value) noexcept : state_(value ? State::Yes : State::No) {}
-  explicit LazyFlag(std::function<bool()> find) noexcept : state_(State::Unknown), find_(std::move(find)) {}
-  LazyFlag(const LazyFlag&) = delete;
-  LazyFlag& operator=(const LazyFlag&) = delete;
+  explicit LazyFlag(bool value) noexcept : once_(true), value_(value) {}
+  explicit LazyFlag(std::function<bool()> find) noexcept : find_(std::move(find)) {}
 
   bool get() const {
-    const auto state = state_.load(std::memory_order_acquire);
-    return state == State::Yes || (state != State::No && find());
+    once_.run([this] { value_ = find_(); });
+    return value_;
   }
 
   /// Not to be called while others may ask.
-  void set(bool value) noexcept;
-  void set(std::function<bool()> find) noexcept;
+  void set(bool value) noexcept {
+    find_ = nullptr;
+    value_ = value;
+    once_.set(true);
+  }
+  void set(std::function<bool()> find) noexcept {
+    find_ = std::move(find);
+    once_.set(false);
+  }
 
  private:
-  enum class State : std::uint8_t { Unknown, Asking, No, Yes };
-
-  bool find() const;
-  void leave(State state) const noexcept;
-
-  mutable std::atomic<State> state_;
+  mutable OnceState once_;
+  mutable bool value_ = false;
   std::function<bool()> find_;
 };
 

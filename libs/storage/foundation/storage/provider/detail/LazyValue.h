@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <utility>
 
 namespace foundation::storage::provider::detail {
 
@@ -17,8 +16,6 @@ template <class T>
 class LazyValue {
  public:
   LazyValue() noexcept = default;
-  /// Holds `value` from the start.
-  explicit LazyValue(T value) : state_(toState(new T(std::move(value)))) {}
   LazyValue(const LazyValue&) = delete;
   LazyValue& operator=(const LazyValue&) = delete;
   ~LazyValue() {

@@ -1,5 +1,6 @@
-#include <foundation/storage/provider/IConfigurableProvider.h>
 #include <foundation/storage/provider/detail/ProviderFactoryImpl.h>
+
+#include <foundation/storage/provider/IConfigurableProvider.h>
 
 #include <utility>
 

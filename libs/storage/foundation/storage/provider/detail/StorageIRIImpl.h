@@ -3,6 +3,7 @@
 #include <fl/filesystem/Path.h>
 #include <foundation/network/IRI.h>
 #include <foundation/storage/provider/StorageIRI.h>
+#include <foundation/storage/provider/detail/LazyHash.h>
 #include <foundation/storage/provider/detail/LazyValue.h>
 
 #include <cstdint>
@@ -51,12 +52,27 @@ class StorageIRIImpl {
   static const Pointer& of(const StorageIRI& location) { return location.impl_; }
 
  protected:
+  /// What few ask a location for, kept apart so that it costs one word until somebody does.
+  struct Rest {
+    LazyValue<std::u16string> resolvedPath;
+    LazyValue<std::u16string> asciiText;
+    LazyValue<Pointer> parent;
+    LazyValue<StorageIRI> root;
+  };
+
+  const Rest& rest() const {
+    return rest_.get([] { return Rest(); });
+  }
+
+  /// The ASCII form of `iri`, which is the text of this location; `iri` lives as long as this object.
+  const std::u16string& asciiTextOf(const network::IRI& iri) const;
+
   [[noreturn]] static void throwHasNoParent();
   [[noreturn]] static void throwHasNoInnerIRI();
 
  private:
-  LazyValue<std::u16string> resolvedPath_;
-  LazyValue<std::uint64_t> hash_;
+  LazyHash hash_;
+  LazyValue<Rest> rest_;
 };
 
 /// The kind of location that `iri` stands for.

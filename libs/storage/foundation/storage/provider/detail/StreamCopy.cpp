@@ -1,8 +1,9 @@
+#include <foundation/storage/provider/detail/StreamCopy.h>
+
 #include <foundation/storage/provider/ByteStreamDevice.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/StorageItem.h>
-#include <foundation/storage/provider/detail/StreamCopy.h>
 #include <foundation/storage/provider/detail/ZeroedBuffer.h>
 
 namespace foundation::storage::provider::detail {

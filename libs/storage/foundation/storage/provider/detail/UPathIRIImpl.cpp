@@ -54,7 +54,7 @@ bool UPathIRIImpl::less(const StorageIRIImpl& other) const {
 }
 
 const StorageIRIImpl::Pointer& UPathIRIImpl::getParent() const {
-  return parent_.get([this]() -> Pointer {
+  return rest().parent.get([this]() -> Pointer {
     // All drives hang under one root.
     if (isDriveRoot(path_.string()))
       return std::make_shared<UPathIRIImpl>(scheme_, upath(u"/"));
@@ -75,10 +75,6 @@ StorageIRI UPathIRIImpl::getRoot() const {
 
 const std::u16string& UPathIRIImpl::getName() const {
   return name_.get([this] { return extract_filename(path_).string(); });
-}
-
-const std::u16string& UPathIRIImpl::toAsciiString() const {
-  return iri().isAscii() ? iri().text() : asciiText_.get([this] { return iri().toAsciiString(); });
 }
 
 std::u16string UPathIRIImpl::getHost() const {

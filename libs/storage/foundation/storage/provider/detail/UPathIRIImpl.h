@@ -20,7 +20,7 @@ class UPathIRIImpl final : public StorageIRIImpl {
   const std::u16string& getPath() const override { return path_.string(); }
   const std::u16string& getName() const override;
   const std::u16string& toString() const override { return iri().text(); }
-  const std::u16string& toAsciiString() const override;
+  const std::u16string& toAsciiString() const override { return asciiTextOf(iri()); }
   std::u16string getHost() const override;
   bool hasHost() const override { return path_.string().starts_with(u"//"); }
   bool isOpaque() const override { return false; }
@@ -36,9 +36,7 @@ class UPathIRIImpl final : public StorageIRIImpl {
   std::u16string scheme_;
   fl::filesystem::upath path_;
   LazyValue<network::IRI> iri_;
-  LazyValue<std::u16string> asciiText_;
   LazyValue<std::u16string> name_;
-  LazyValue<Pointer> parent_;
 };
 
 }  // namespace foundation::storage::provider::detail

@@ -1,4 +1,5 @@
 #include <foundation/storage/backend/local/LocalProviderFactory.h>
+
 #include <foundation/storage/backend/local/detail/LocalProvider.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 

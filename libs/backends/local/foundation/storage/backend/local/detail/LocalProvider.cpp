@@ -1,5 +1,6 @@
-#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/LocalProvider.h>
+
+#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Attributes.h>
 #include <foundation/storage/backend/local/detail/posix/Copy.h>

@@ -1,5 +1,6 @@
-#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
+
+#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 
 namespace foundation::storage::backend::local::detail {

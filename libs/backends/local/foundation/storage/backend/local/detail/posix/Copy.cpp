@@ -1,4 +1,5 @@
 #include <foundation/storage/backend/local/detail/posix/Copy.h>
+
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>

@@ -1,7 +1,8 @@
+#include <foundation/storage/backend/local/detail/posix/FolderListing.h>
+
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Attributes.h>
-#include <foundation/storage/backend/local/detail/posix/FolderListing.h>
 
 #include <cerrno>
 #include <dirent.h>

@@ -1,6 +1,7 @@
+#include <foundation/storage/backend/local/detail/posix/FolderReader.h>
+
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/FolderReader.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
 
 #include <cerrno>

@@ -1,5 +1,6 @@
-#include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/LocalByteStream.h>
+
+#include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
 
 #include <array>

@@ -1,6 +1,7 @@
+#include <foundation/storage/backend/local/detail/posix/Move.h>
+
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Move.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
 
 #include <cerrno>

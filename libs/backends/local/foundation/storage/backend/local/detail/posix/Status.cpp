@@ -1,5 +1,6 @@
-#include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
+
+#include <foundation/storage/backend/local/detail/posix/Failure.h>
 
 #include <cerrno>
 #include <fcntl.h>
