@@ -16,8 +16,9 @@ namespace foundation::storage::backend::local {
 /// hidden. Folders and anything that only blocks (pipes, sockets) cannot be opened as streams.
 ///
 /// What the system said of a failure is the failure's top context: its key names the system call, its
-/// info holds the system's words, the error number as the response code, and under "name" the number's
-/// symbol (errno(3)).
+/// info holds the system's words, the error number as the response code, under "name" the number's
+/// symbol (errno(3)), and under "location" the text of the location, which a stream's failure does not
+/// carry otherwise.
 class FOUNDATION_EXPORT LocalProviderFactory : public provider::PhysicalProviderFactory {
  public:
   LocalProviderFactory();

@@ -67,8 +67,8 @@ ErrorCode codeOf(int error) noexcept {
 
 std::string systemMessage(int error) { return std::generic_category().message(error); }
 
-ExceptionContexts systemContexts(int error, const char* call) {
-  ExceptionContextInfo::AdditionalInformation details;
+ExceptionContexts systemContexts(int error, const char* call, const StorageIRI& location) {
+  ExceptionContextInfo::AdditionalInformation details{{u"location", location.toString()}};
   if (const char* name = strerrorname_np(error))
     details.emplace(u"name", fl::i18n::to_ustring(name));
   ExceptionContextInfo info(fl::i18n::to_ustring(systemMessage(error)), fl::i18n::to_ustring(std::to_string(error)),
@@ -78,7 +78,7 @@ ExceptionContexts systemContexts(int error, const char* call) {
 
 provider::Exception systemFailure(int error, const char* call, const StorageIRI& location) {
   provider::Exception failure(codeOf(error), location);
-  failure.setExceptionContexts(systemContexts(error, call));
+  failure.setExceptionContexts(systemContexts(error, call, location));
   return failure;
 }
 

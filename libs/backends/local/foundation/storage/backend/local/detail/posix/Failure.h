@@ -12,9 +12,9 @@ namespace foundation::storage::backend::local::detail {
 /// What an error number (errno(3)) means to a caller of the library.
 provider::ErrorCode codeOf(int error) noexcept;
 
-/// Context that tells what the system said.
+/// Context that tells what the system said, and of which location.
 /// @param call  the system call that failed
-provider::ExceptionContexts systemContexts(int error, const char* call);
+provider::ExceptionContexts systemContexts(int error, const char* call, const provider::StorageIRI& location);
 
 /// A system call on `location` failed.
 provider::Exception systemFailure(int error, const char* call, const provider::StorageIRI& location);
@@ -33,7 +33,7 @@ std::string systemMessage(int error);
 template <class Failure>
 Failure streamFailure(int error, const char* call, const provider::StorageIRI& location) {
   Failure failure(streamMessage(location, systemMessage(error)), codeOf(error));
-  failure.setExceptionContexts(systemContexts(error, call));
+  failure.setExceptionContexts(systemContexts(error, call, location));
   return failure;
 }
 
