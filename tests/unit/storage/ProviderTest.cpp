@@ -26,11 +26,17 @@ const std::u16string some(u"*.ä");
 TEST(Provider, ForwardsToItsCounterpartsAndSoDoesAnItem) {
   const auto provider = std::make_shared<RecordingProvider>();
   const StorageItem item(provider, a);
-  const auto expect = [&](const std::string& call, auto ofProvider, auto ofItem, const auto&... arguments) {
+  const auto expect = [&](const std::string& name, const std::string& more, auto ofProvider, auto ofItem,
+                          const auto&... arguments) {
+    const auto call = name + " s:///d/a" + more;
     std::invoke(ofProvider, *provider, a, arguments...);
     EXPECT_EQ(provider->take(), call);
     std::invoke(ofItem, item, arguments...);
     EXPECT_EQ(provider->take(), call) << "by the item";
+  };
+  const auto expectListing = [&](const std::string& name, auto ofProvider, auto ofItem) {
+    expect(name, "", ofProvider, ofItem, all);
+    expect(name + "Wildcards", " *.ä", ofProvider, ofItem, some);
   };
   using P = IProvider;
   using I = StorageItem;
@@ -41,62 +47,52 @@ TEST(Provider, ForwardsToItsCounterpartsAndSoDoesAnItem) {
   std::ostringstream written;
   written << options;
 
-  expect("CreateFile s:///d/a", &P::createFile, &I::createFile);
-  expect("CreateFolder s:///d/a", &P::createFolder, &I::createFolder);
-  expect("CreateFolderRecursive s:///d/a", &P::createFolderRecursive, &I::createFolderRecursive);
-  expect("FileExists s:///d/a", &P::fileExists, &I::fileExists);
-  expect("FolderExists s:///d/a", &P::folderExists, &I::folderExists);
-  expect("Exists s:///d/a", &P::exists, &I::exists);
-  expect("ExistsExtended s:///d/a", &P::existsExtended, &I::existsExtended);
-  expect("RemoveFile s:///d/a", &P::removeFile, &I::removeFile);
-  expect("RemoveFolder s:///d/a", &P::removeFolder, &I::removeFolder);
-  expect("RemoveFolderRecursively s:///d/a", &P::removeFolderRecursively, &I::removeFolderRecursively);
-  expect("MoveFile s:///d/a s:///d/b ReplacementPolicy::Clobber", &P::moveFile, &I::moveFile, b,
-         ReplacementPolicy::Clobber);
-  expect("MoveFolder s:///d/a s:///d/b ReplacementPolicy::Preserve", &P::moveFolder, &I::moveFolder, b,
+  expect("CreateFile", "", &P::createFile, &I::createFile);
+  expect("CreateFolder", "", &P::createFolder, &I::createFolder);
+  expect("CreateFolderRecursive", "", &P::createFolderRecursive, &I::createFolderRecursive);
+  expect("FileExists", "", &P::fileExists, &I::fileExists);
+  expect("FolderExists", "", &P::folderExists, &I::folderExists);
+  expect("Exists", "", &P::exists, &I::exists);
+  expect("ExistsExtended", "", &P::existsExtended, &I::existsExtended);
+  expect("RemoveFile", "", &P::removeFile, &I::removeFile);
+  expect("RemoveFolder", "", &P::removeFolder, &I::removeFolder);
+  expect("RemoveFolderRecursively", "", &P::removeFolderRecursively, &I::removeFolderRecursively);
+  expect("MoveFile", " s:///d/b ReplacementPolicy::Clobber", &P::moveFile, &I::moveFile, b, ReplacementPolicy::Clobber);
+  expect("MoveFolder", " s:///d/b ReplacementPolicy::Preserve", &P::moveFolder, &I::moveFolder, b,
          ReplacementPolicy::Preserve);
-  expect("GetFileAttributes s:///d/a", &P::getFileAttributes, &I::getFileAttributes);
-  expect("GetFolderAttributes s:///d/a", &P::getFolderAttributes, &I::getFolderAttributes);
-  expect("GetExtendedAttributes s:///d/a", &P::getExtendedAttributes, &I::getExtendedAttributes);
-  expect("GetCanonicalLocation s:///d/a", &P::getCanonicalLocation, &I::getCanonicalLocation);
-  expect("GetFilenameSensitivity s:///d/a", &P::getFilenameSensitivity, &I::getFilenameSensitivity);
-  expect("GetPathComparator s:///d/a", &P::getPathComparator, &I::getPathComparator);
-  expect("GetProviderCacheUsage s:///d/a", &P::getProviderCacheUsage, &I::getProviderCacheUsage);
-  expect("GetProviderStorageInfo s:///d/a", &P::getProviderStorageInfo, &I::getProviderStorageInfo);
-  expect("SetLastModified s:///d/a 5s", &P::setLastModified, &I::setLastModified, time);
-  expect("SetWritable s:///d/a 1", &P::setWritable, &I::setWritable, true);
-  expect("TruncateToSize s:///d/a 6442450944", &P::truncateToSize, &I::truncateToSize, 6442450944u);
-  expect("OpenReadOnlyStream s:///d/a", &P::openReadOnlyStream, &I::openReadOnlyStream);
-  expect("OpenStream s:///d/a " + written.str(), &P::openStream, &I::openStream, options);
-  expect("OpenTransactionalStream s:///d/a " + written.str(), &P::openTransactionalStream, &I::openTransactionalStream,
+  expect("GetFileAttributes", "", &P::getFileAttributes, &I::getFileAttributes);
+  expect("GetFolderAttributes", "", &P::getFolderAttributes, &I::getFolderAttributes);
+  expect("GetExtendedAttributes", "", &P::getExtendedAttributes, &I::getExtendedAttributes);
+  expect("GetCanonicalLocation", "", &P::getCanonicalLocation, &I::getCanonicalLocation);
+  expect("GetFilenameSensitivity", "", &P::getFilenameSensitivity, &I::getFilenameSensitivity);
+  expect("GetPathComparator", "", &P::getPathComparator, &I::getPathComparator);
+  expect("GetProviderCacheUsage", "", &P::getProviderCacheUsage, &I::getProviderCacheUsage);
+  expect("GetProviderStorageInfo", "", &P::getProviderStorageInfo, &I::getProviderStorageInfo);
+  expect("SetLastModified", " 5s", &P::setLastModified, &I::setLastModified, time);
+  expect("SetWritable", " 1", &P::setWritable, &I::setWritable, true);
+  expect("TruncateToSize", " 6442450944", &P::truncateToSize, &I::truncateToSize, 6442450944u);
+  expect("OpenReadOnlyStream", "", &P::openReadOnlyStream, &I::openReadOnlyStream);
+  expect("OpenStream", " " + written.str(), &P::openStream, &I::openStream, options);
+  expect("OpenTransactionalStream", " " + written.str(), &P::openTransactionalStream, &I::openTransactionalStream,
          options);
-  expect("ListAll s:///d/a", &P::listAll, &I::listAll, all);
-  expect("ListAllWildcards s:///d/a *.ä", &P::listAll, &I::listAll, some);
-  expect("ListFiles s:///d/a", &P::listFiles, &I::listFiles, all);
-  expect("ListFilesWildcards s:///d/a *.ä", &P::listFiles, &I::listFiles, some);
-  expect("ListFolders s:///d/a", &P::listFolders, &I::listFolders, all);
-  expect("ListFoldersWildcards s:///d/a *.ä", &P::listFolders, &I::listFolders, some);
-  expect("ListAllNamesOnly s:///d/a", &P::listAllNamesOnly, &I::listAllNamesOnly, all);
-  expect("ListAllNamesOnlyWildcards s:///d/a *.ä", &P::listAllNamesOnly, &I::listAllNamesOnly, some);
-  expect("ListFilesNamesOnly s:///d/a", &P::listFilesNamesOnly, &I::listFilesNamesOnly, all);
-  expect("ListFilesNamesOnlyWildcards s:///d/a *.ä", &P::listFilesNamesOnly, &I::listFilesNamesOnly, some);
-  expect("ListFoldersNamesOnly s:///d/a", &P::listFoldersNamesOnly, &I::listFoldersNamesOnly, all);
-  expect("ListFoldersNamesOnlyWildcards s:///d/a *.ä", &P::listFoldersNamesOnly, &I::listFoldersNamesOnly, some);
-  expect("ListAllRecursive s:///d/a", &P::listAllRecursive, &I::listAllRecursive, all);
-  expect("ListAllRecursiveWildcards s:///d/a *.ä", &P::listAllRecursive, &I::listAllRecursive, some);
-  expect("ListAllRecursiveNamesOnly s:///d/a", &P::listAllRecursiveNamesOnly, &I::listAllRecursiveNamesOnly, all);
-  expect("ListAllRecursiveNamesOnlyWildcards s:///d/a *.ä", &P::listAllRecursiveNamesOnly,
-         &I::listAllRecursiveNamesOnly, some);
-  expect("PublishFileEventsFor s:///d/a callback 3 kinds", &P::publishFileEventsFor, &I::publishFileEvents, callback,
-         kinds);
-  expect("PublishFolderEventsFor s:///d/a callback 3 kinds 1", &P::publishFolderEventsFor, &I::publishFolderEvents,
-         callback, kinds, RecursiveFileWatching::DirectOnly);
-  expect("StopPublishingEventsFor s:///d/", &P::stopPublishingFileEventsFor, &I::stopPublishingFileEvents);
-  expect("StopPublishingEventsFor s:///d/a", &P::stopPublishingFolderEventsFor, &I::stopPublishingFolderEvents);
-  expect("StartChangePollingMechanism s:///d/a callback 3 kinds 250ms 1", &P::startChangePollingMechanism,
+  expectListing("ListAll", &P::listAll, &I::listAll);
+  expectListing("ListFiles", &P::listFiles, &I::listFiles);
+  expectListing("ListFolders", &P::listFolders, &I::listFolders);
+  expectListing("ListAllNamesOnly", &P::listAllNamesOnly, &I::listAllNamesOnly);
+  expectListing("ListFilesNamesOnly", &P::listFilesNamesOnly, &I::listFilesNamesOnly);
+  expectListing("ListFoldersNamesOnly", &P::listFoldersNamesOnly, &I::listFoldersNamesOnly);
+  expectListing("ListAllRecursive", &P::listAllRecursive, &I::listAllRecursive);
+  expectListing("ListAllRecursiveNamesOnly", &P::listAllRecursiveNamesOnly, &I::listAllRecursiveNamesOnly);
+  expect("PublishFileEventsFor", " callback 3 kinds", &P::publishFileEventsFor, &I::publishFileEvents, callback, kinds);
+  expect("PublishFolderEventsFor", " callback 3 kinds 1", &P::publishFolderEventsFor, &I::publishFolderEvents, callback,
+         kinds, RecursiveFileWatching::DirectOnly);
+  item.stopPublishingFileEvents();
+  EXPECT_EQ(provider->take(), "StopPublishingEventsFor s:///d/");
+  expect("StopPublishingEventsFor", "", &P::stopPublishingFolderEventsFor, &I::stopPublishingFolderEvents);
+  expect("StartChangePollingMechanism", " callback 3 kinds 250ms 1", &P::startChangePollingMechanism,
          &I::startChangePollingMechanism, callback, kinds, std::chrono::milliseconds(250),
          RecursiveChangePolling::DirectOnly);
-  expect("StopChangePollingMechanism s:///d/a", &P::stopChangePollingMechanism, &I::stopChangePollingMechanism);
+  expect("StopChangePollingMechanism", "", &P::stopChangePollingMechanism, &I::stopChangePollingMechanism);
 }
 
 TEST(Provider, HandsOnWhatItsCounterpartsAnswer) {

@@ -9,7 +9,8 @@ namespace foundation::network {
 
 /// `path` with its "." and ".." segments resolved (RFC 3986, section 5.2.4): "/a/./b/../c" becomes
 /// "/a/c". A ".." at the root stays at the root, empty segments count as segments, and a path that
-/// ends in a dot segment ends in '/'.
+/// ends in a dot segment ends in '/'. What is left of a rootless path once ".." has taken its first
+/// segment away is rooted: "a/../b" becomes "/b".
 FOUNDATION_EXPORT std::u16string removeDotSegments(std::u16string_view path);
 
 }  // namespace foundation::network

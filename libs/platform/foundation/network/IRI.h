@@ -107,9 +107,10 @@ class FOUNDATION_EXPORT IRI {
   /// What `reference` means where this IRI is the base (RFC 3986, section 5.2, strictly).
   IRI resolve(const IRI& reference) const;
 
-  /// A relative reference that resolves against `base` to this IRI with dot segments removed; this
-  /// IRI itself where schemes or authorities differ or either is opaque. The path is given relative
-  /// to the folder that `base` is in: up to and including the last '/' of its path.
+  /// A relative reference that resolves against `base` to this IRI with dot segments removed (an empty
+  /// path under an authority counts as "/"). This IRI itself where schemes or authorities differ, where
+  /// only one path is rooted, or where either is opaque. The path is given relative to the folder that
+  /// `base` is in: up to and including the last '/' of its path.
   IRI makeRelativeTo(const IRI& base) const;
 
   friend bool operator==(const IRI& a, const IRI& b) noexcept { return a.text_ == b.text_; }

@@ -62,8 +62,10 @@ IRI IRI::resolve(const IRI& reference) const {
 }
 
 IRI IRI::makeRelativeTo(const IRI& base) const {
+  const auto isRooted = [](const IRI& iri) { return iri.hasAuthority() || iri.writtenPath().starts_with(u'/'); };
   const bool comparable = !isOpaque() && !base.isOpaque() && hasAuthority() == base.hasAuthority() &&
-                          getScheme() == base.getScheme() && writtenAuthority() == base.writtenAuthority();
+                          getScheme() == base.getScheme() && writtenAuthority() == base.writtenAuthority() &&
+                          isRooted(*this) == isRooted(base);
   if (!comparable)
     return *this;
   // References are merged with the base's path up to its last '/', even where ".." follows that.

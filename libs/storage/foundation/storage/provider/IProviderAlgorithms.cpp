@@ -54,6 +54,8 @@ void writeChunks(ByteStream& target, const ChunkFiller& fill, std::uint64_t coun
     const auto written = target.write(chunk.data(), static_cast<std::int64_t>(chunk.size()));
     if (written == -1)
       return;
+    if (written == 0)
+      throw ByteStreamWriteFailure("A stream took no more bytes.", ErrorCode::IOError);
     done += static_cast<std::uint64_t>(written);
   }
 }
@@ -92,7 +94,7 @@ void IProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destinati
 }
 
 void IProvider::doCreateFolderRecursive(const StorageIRI& location) const {
-  if (!location.hasParent())
+  if (!location.hasParent() || !location.hasPath())
     throw Exception(doFolderExists(location) ? ErrorCode::ResourceAlreadyExists : ErrorCode::ResourceNotFound,
                     location);
   std::deque<StorageIRI> missing{location};
