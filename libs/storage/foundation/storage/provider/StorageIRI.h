@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -154,3 +155,11 @@ FOUNDATION_EXPORT std::size_t hash_value(const StorageIRI& location);
 FOUNDATION_EXPORT std::ostream& operator<<(std::ostream& out, const StorageIRI& location);
 
 }  // namespace foundation::storage::provider
+
+/// For `std::unordered_map` and the like.
+template <>
+struct std::hash<foundation::storage::provider::StorageIRI> {
+  std::size_t operator()(const foundation::storage::provider::StorageIRI& location) const {
+    return location.hashValue();
+  }
+};
