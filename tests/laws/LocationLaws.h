@@ -41,7 +41,7 @@ inline void checkLocation(const StorageIRI& location) {
   require(StorageIRI(location.toAsciiString()) == location, "the ASCII form parses to the location", text);
   require(!(location < again) && !(again < location), "equal locations are not ordered", text);
 
-  require(StorageIRI(location, u"").getPath() == location.getPath(), "the empty child has the same path", text);
+  require(StorageIRI(location, u"") == location, "the empty child is the location itself", text);
   const auto resolved = location.getResolvedIRI();
   require(resolved.getResolvedIRI() == resolved, "resolving twice changes nothing more", text);
   if (location.hasParent() && location.getPath().find_first_not_of(u'/') != std::u16string::npos) {

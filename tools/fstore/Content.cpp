@@ -4,9 +4,11 @@
 #include "Output.h"
 #include "Report.h"
 
+#include <fl/i18n/Convert.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/Exception.h>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,7 +22,18 @@ namespace {
 
 constexpr std::size_t bufferSize = 256 * 1024;
 
-void writeContent(const StorageItem& file, Output& output) {
+/// Whether an open standard stream is the file itself, so that the one would never end, or be gone before
+/// it was read.
+bool isOpenAs(const StorageItem& file, int standardStream) {
+  struct stat stream, itself;
+  return fstat(standardStream, &stream) == 0 && S_ISREG(stream.st_mode) &&
+         stat(fl::i18n::to_string(file.getLocation().toUPath().string()).c_str(), &itself) == 0 &&
+         stream.st_dev == itself.st_dev && stream.st_ino == itself.st_ino;
+}
+
+void writeContent(const StorageItem& file, Output& output, Report& report) {
+  if (isOpenAs(file, STDOUT_FILENO))
+    return report.fail(file.getLocation(), ErrorCode::InvalidLocation, "The file is standard output itself");
   const auto stream = file.openReadOnlyStream();
   std::vector<char> buffer(bufferSize);
   while (!output.hasFailed()) {
@@ -52,6 +65,8 @@ void writeAll(ByteStream& stream, const char* data, std::int64_t size) {
 }
 
 void readContent(const StorageItem& file, bool append, Report& report) {
+  if (isOpenAs(file, STDIN_FILENO))
+    return report.fail(file.getLocation(), ErrorCode::InvalidLocation, "The file is standard input itself");
   const auto stream =
       file.openStream({.truncate = append ? ByteStreamTruncate::PreserveExisting : ByteStreamTruncate::TruncateExisting,
                        .append = append ? ByteStreamAppend::Append : ByteStreamAppend::Overwrite});
@@ -75,7 +90,7 @@ int concatenate(const std::vector<std::string>& arguments) {
   for (const auto& argument : arguments)
     report.attempt(argument, [&] {
       const auto file = itemFor(argument);
-      report.attempt(file.getLocation(), [&] { writeContent(file, output); });
+      report.attempt(file.getLocation(), [&] { writeContent(file, output, report); });
     });
   output.finish(report);
   return report.exitCode();

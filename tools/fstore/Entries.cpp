@@ -4,6 +4,8 @@
 #include "Report.h"
 #include "Target.h"
 
+#include <foundation/storage/provider/Exception.h>
+
 namespace fstore {
 
 using namespace foundation::storage::provider;
@@ -64,6 +66,18 @@ void removeOne(const StorageItem& item, bool recursive, Report& report) {
   removeFolder(item);
 }
 
+void makeTree(const StorageItem& folder) {
+  if (folder.folderExists())
+    return;
+  try {
+    folder.createFolderRecursive();
+  } catch (const Exception& failure) {
+    // Somebody else may have made it meanwhile.
+    if (failure.getErrorCode() != ErrorCode::ResourceAlreadyExists || !folder.folderExists())
+      throw;
+  }
+}
+
 }  // namespace
 
 int move(const std::vector<std::string>& arguments, bool noClobber) {
@@ -92,8 +106,8 @@ int makeFolders(const std::vector<std::string>& arguments, bool withParents) {
       const auto folder = itemFor(argument);
       if (!withParents)
         folder.createFolder();
-      else if (!folder.folderExists())
-        folder.createFolderRecursive();
+      else
+        makeTree(folder);
     });
   return report.exitCode();
 }

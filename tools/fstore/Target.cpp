@@ -13,6 +13,8 @@ void transferEach(const std::vector<std::string>& arguments, Report& report,
   report.attempt(arguments.back(), [&] {
     const auto target = itemFor(arguments.back());
     const bool isFolder = target.folderExists();
+    if (!isFolder && arguments.back().ends_with('/'))
+      return report.fail(target.getLocation(), ErrorCode::ResourceNotFound, "There is no such folder");
     const auto sources = std::span(arguments).first(arguments.size() - 1);
     if (sources.size() > 1 && !isFolder)
       return report.fail(target.getLocation(), ErrorCode::InvalidLocation, "Several sources need a folder to go into");

@@ -63,7 +63,8 @@ class CommandLine {
   }
 
   void addWritingCommands() {
-    auto* put = add("put", "Write standard input to a file", [this] { return fstore::put(places_.front(), flag_); });
+    auto* put = add("put", "Write standard input to a file; what fails half way leaves half a file",
+                    [this] { return fstore::put(places_.front(), flag_); });
     put->add_flag("--append", flag_, "Continue the file instead of replacing it");
     put->add_option("FILE", places_)->required()->expected(1);
     addTransfer(add("cp", "Copy files and folders, following links", [this] { return fstore::copy(places_, flag_); }));

@@ -5,6 +5,8 @@
 #include <foundation/storage/provider/LocalPath.h>
 #include <foundation/storage/provider/StorageIRI.h>
 
+#include <foundation/network/IRISyntaxException.h>
+
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -92,6 +94,38 @@ TEST(ContainerIRI, SharesItsInnerLocation) {
   EXPECT_EQ(&entry.getParent().getInnerIRI().toString(), text);
   EXPECT_EQ(&StorageIRI(entry, u"x").getInnerIRI().toString(), text);
   EXPECT_EQ(&entry.getResolvedIRI().getInnerIRI().toString(), text);
+}
+
+TEST(ContainerIRI, NestsToALimit) {
+  const auto nested = [](std::size_t depth) {
+    std::u16string text;
+    for (std::size_t i = 0; i < depth; ++i)
+      text += u"z:";
+    text += u"f:/a";
+    for (std::size_t i = 0; i < depth; ++i)
+      text += u"!/";
+    return text;
+  };
+  const StorageIRI deepest(nested(64));
+  EXPECT_EQ(deepest.toString(), nested(64));
+  EXPECT_THROW(StorageIRI(nested(65)), std::runtime_error);
+  EXPECT_THROW(StorageIRI(nested(20000)), std::runtime_error);
+  EXPECT_THROW(StorageIRI(u"z", deepest, u"/"), std::runtime_error);
+}
+
+TEST(ContainerIRI, LiesAtHostsOfAnyForm) {
+  const StorageIRI inner(u"http://[::1]:9000/b/a.zip");
+  const StorageIRI entry(u"zip", inner, u"/x[1]!");
+  EXPECT_EQ(entry.toString(), u"zip:http://[::1]:9000/b/a.zip!/x%5B1%5D%21");
+  EXPECT_EQ(StorageIRI(entry.toString()).getInnerIRI(), inner);
+  EXPECT_EQ(StorageIRI(entry.toString()).getName(), u"x[1]!");
+}
+
+TEST(ContainerIRI, RefusesPartsThatMakeNone) {
+  const StorageIRI inner(u"file:///a");
+  EXPECT_THROW(StorageIRI(u"zip:tar", inner, u"/x"), network::IRISyntaxException);
+  EXPECT_THROW(StorageIRI(u"", inner, u"/x"), network::IRISyntaxException);
+  EXPECT_THROW(StorageIRI(u"zip", StorageIRI(u"s3://bucket"), u"/x"), std::runtime_error);
 }
 
 }  // namespace

@@ -301,5 +301,18 @@ TEST(StorageIRI, ComputesOnceForManyFirstReaders) {
     }
 }
 
+TEST(StorageIRI, LetsGoOfLongChainsOfParents) {
+  std::u16string path;
+  for (int i = 0; i < 1000; ++i)
+    path += u"/segment";
+  std::size_t depth = 0;
+  {
+    const StorageIRI location(u"s://h" + path);
+    for (auto at = location; at.hasParent(); at = at.getParent())
+      ++depth;
+  }
+  EXPECT_EQ(depth, 1000u);
+}
+
 }  // namespace
 }  // namespace foundation::storage::provider

@@ -26,13 +26,11 @@ upath make_generic_form(const upath& path) {
   const auto& text = path.string();
   if (!text.starts_with(u"//"))
     return path;
-  if (beginsWithServer(text))
-    return text.find(u'/', 2) == View::npos ? extract_root_path(path) : path;
-  const auto begin = std::min(text.find_first_not_of(u'/'), text.size());
-  return upath(u"/" + text.substr(begin));
+  const bool isNetwork = beginsWithServer(text);
+  const auto prefix = isNetwork ? text.substr(0, text.find(u'/', 2)) : std::u16string();
+  const auto begin = std::min(text.find_first_not_of(u'/', prefix.size()), text.size());
+  return upath(prefix + u"/" + text.substr(begin));
 }
-
-upath make_native_form(const upath& path) { return path; }
 
 std::size_t root_length(const upath& path) {
   const View text = path.string();

@@ -49,17 +49,6 @@ class basic_path {
                                            a.text_.size() * sizeof(Char)) == 0;
   }
 
-  /// `relative` placed under `folder`, with one separator between them: a '/' at the end of `folder` is
-  /// it. An empty `folder` adds none, so the outcome is `relative` itself.
-  friend basic_path operator/(const basic_path& folder, view_type relative) {
-    string_type joined;
-    joined.reserve(folder.text_.size() + 1 + relative.size());
-    joined.append(folder.text_);
-    if (!joined.empty() && joined.back() != separator)
-      joined.push_back(separator);
-    return basic_path(std::move(joined.append(relative)));
-  }
-
   /// Segment by segment, each by its unsigned code units; a path comes before those that continue it,
   /// and all rooted paths come before those on a network. Never equal for texts that differ.
   friend std::strong_ordering operator<=>(const basic_path& a, const basic_path& b) noexcept {
@@ -95,7 +84,7 @@ struct upath_constant {
 };
 
 /// With '/' as the separator. Leading '/' that name no server count as one ("///a" is "/a"; POSIX, XBD
-/// section 4.13), and a server alone gets the '/' of its root.
+/// section 4.13), and one '/' follows a server.
 FOUNDATION_EXPORT upath make_generic_form(const upath& path);
 
 /// With the system's own separator.

@@ -23,13 +23,7 @@ std::u16string transform(std::u16string_view text, const to_lower& mapping) {
       out.push_back(text[at]);
       continue;
     }
-    const char32_t mapped = mapping(pair ? pairAt(text, at) : char32_t{text[at]});
-    if (mapped < 0x10000) {
-      out.push_back(static_cast<char16_t>(mapped));
-    } else {
-      out.push_back(static_cast<char16_t>(0xD7C0 + (mapped >> 10)));
-      out.push_back(static_cast<char16_t>(0xDC00 | (mapped & 0x3FF)));
-    }
+    appendCodePoint(out, mapping(pair ? pairAt(text, at) : char32_t{text[at]}));
     at += pair ? 1 : 0;
   }
   return out;

@@ -38,15 +38,6 @@ Decoded decodeSequence(std::string_view bytes, std::size_t at) {
   return {codePoint, length};
 }
 
-void appendCodePoint(std::u16string& out, char32_t codePoint) {
-  if (codePoint < 0x10000) {
-    out.push_back(static_cast<char16_t>(codePoint));
-  } else {
-    out.push_back(static_cast<char16_t>(0xD7C0 + (codePoint >> 10)));
-    out.push_back(static_cast<char16_t>(0xDC00 | (codePoint & 0x3FF)));
-  }
-}
-
 void appendUtf8(std::string& out, char32_t codePoint) {
   const auto push = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
   if (codePoint < 0x80) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 /// The code units of UTF-16 that are no characters by themselves.
@@ -24,6 +25,16 @@ constexpr bool isPairAt(std::u16string_view text, std::size_t at) {
 /// That character.
 constexpr char32_t pairAt(std::u16string_view text, std::size_t at) {
   return 0x10000 + ((char32_t{text[at]} & 0x3FF) << 10 | (char32_t{text[at + 1]} & 0x3FF));
+}
+
+/// Appends a character, as one code unit or two.
+inline void appendCodePoint(std::u16string& out, char32_t codePoint) {
+  if (codePoint < 0x10000) {
+    out.push_back(static_cast<char16_t>(codePoint));
+  } else {
+    out.push_back(static_cast<char16_t>(0xD7C0 + (codePoint >> 10)));
+    out.push_back(static_cast<char16_t>(0xDC00 | (codePoint & 0x3FF)));
+  }
 }
 
 }  // namespace fl::i18n

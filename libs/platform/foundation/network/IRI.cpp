@@ -112,7 +112,7 @@ IRI IRI::withPathAfter(std::u16string_view kept, bool separated, std::u16string_
   auto parts = parts_;
   parts.pathEnd = pathEnd & detail::maximalLength;
   parts.pathHasEscapes = notes.hasEscapes || (!kept.empty() && parts_.pathHasEscapes);
-  parts.pathIsCanonical = true;
+  parts.pathIsCanonical = !notes.hasLoneSurrogate;
   parts.pathIsLossy = notes.hasLoneSurrogate;
   // Whatever else the text holds was there before; only a path that is replaced may have been the reason.
   const auto isAscii = [](char16_t unit) { return unit < 0x80; };

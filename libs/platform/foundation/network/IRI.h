@@ -29,7 +29,8 @@ enum class IRIEncoding {
 /// (see fl::i18n), so a decoded path can name any file. Decoding a text of several components
 /// (authority, scheme-specific part, the whole) loses where they ended; their default is `Display`.
 ///
-/// An immutable value. Any number of threads may read one.
+/// An immutable value. Any number of threads may read one; one that was moved from may only be destroyed or
+/// assigned to.
 class FOUNDATION_EXPORT IRI {
  public:
   /// Throws `IRISyntaxException` where `text` is neither an IRI nor a relative reference. The empty
@@ -42,7 +43,8 @@ class FOUNDATION_EXPORT IRI {
   /// Whether `text` can be a scheme: a letter, then letters, digits, '+', '-' and '.' (RFC 3986, section 3.1).
   static bool isScheme(std::u16string_view text) noexcept;
 
-  /// Every percent-escape of a component as it is written (escapes whole), decoded once.
+  /// Every percent-escape of a component as it is written, decoded once; a '%' without two hexadecimal
+  /// digits after it is kept.
   static std::u16string decode(std::u16string_view written);
 
   /// Whether it has a scheme. (RFC 3986 calls this "not a relative reference".)
@@ -83,6 +85,9 @@ class FOUNDATION_EXPORT IRI {
   /// Whether the display form is the ASCII form.
   bool isAscii() const noexcept { return parts_.isAscii; }
 
+  /// The host as it stands in `text()`.
+  std::u16string_view writtenHost() const noexcept;
+
   /// The path as it stands in `text()`.
   std::u16string_view writtenPath() const noexcept { return between(parts_.pathBegin, parts_.pathEnd); }
 
@@ -108,8 +113,8 @@ class FOUNDATION_EXPORT IRI {
   IRI resolve(const IRI& reference) const;
 
   /// A relative reference that resolves against `base` to this IRI with dot segments removed (an empty
-  /// path under an authority counts as "/"). This IRI itself where schemes or authorities differ, where
-  /// only one path is rooted, or where either is opaque. The path is given relative to the folder that
+  /// path under an authority counts as "/"). This IRI itself where schemes or authorities differ, or
+  /// where either path is not rooted. The path is given relative to the folder that
   /// `base` is in: up to and including the last '/' of its path.
   IRI makeRelativeTo(const IRI& base) const;
 
@@ -129,7 +134,6 @@ class FOUNDATION_EXPORT IRI {
   std::size_t queryEnd() const noexcept;
   std::u16string_view writtenAuthority() const noexcept;
   std::u16string_view writtenHostAndPort() const noexcept;
-  std::u16string_view writtenHost() const noexcept;
   std::u16string_view writtenQuery() const noexcept;
   std::u16string_view writtenFragment() const noexcept;
 

@@ -1,5 +1,6 @@
 #include <foundation/network/IRIArgs.h>
 
+#include <foundation/network/detail/Address.h>
 #include <foundation/network/detail/PercentEncoding.h>
 
 #include <utility>
@@ -41,7 +42,8 @@ IRIArgs& IRIArgs::setUserInfo(const Component& plain) {
 }
 
 IRIArgs& IRIArgs::setHost(const Component& plain) {
-  const bool isAddress = plain && plain->starts_with(u'[') && plain->ends_with(u']');
+  const bool isAddress = plain && plain->size() > 2 && plain->front() == u'[' && plain->back() == u']' &&
+                         detail::isBracketedAddress(std::u16string_view(*plain).substr(1, plain->size() - 2));
   host_ = isAddress ? plain : encoded(plain, detail::inHost);
   return *this;
 }

@@ -31,7 +31,7 @@ class FOUNDATION_EXPORT IRIArgs {
   /// Not escaped; the constructor of `IRI` refuses what is no scheme.
   IRIArgs& setScheme(Component scheme);
   IRIArgs& setUserInfo(const Component& plain);
-  /// A host in brackets is taken as an address and not escaped.
+  /// An address in brackets stays as it is.
   IRIArgs& setHost(const Component& plain);
   /// Digits; the constructor of `IRI` refuses anything else.
   IRIArgs& setPort(Component port);

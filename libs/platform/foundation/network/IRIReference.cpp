@@ -63,9 +63,8 @@ IRI IRI::resolve(const IRI& reference) const {
 
 IRI IRI::makeRelativeTo(const IRI& base) const {
   const auto isRooted = [](const IRI& iri) { return iri.hasAuthority() || iri.writtenPath().starts_with(u'/'); };
-  const bool comparable = !isOpaque() && !base.isOpaque() && hasAuthority() == base.hasAuthority() &&
-                          getScheme() == base.getScheme() && writtenAuthority() == base.writtenAuthority() &&
-                          isRooted(*this) == isRooted(base);
+  const bool comparable = hasAuthority() == base.hasAuthority() && getScheme() == base.getScheme() &&
+                          writtenAuthority() == base.writtenAuthority() && isRooted(*this) && isRooted(base);
   if (!comparable)
     return *this;
   // References are merged with the base's path up to its last '/', even where ".." follows that.

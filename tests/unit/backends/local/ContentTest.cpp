@@ -206,6 +206,42 @@ TEST_F(ContentTest, NeverDestroysTheSourceOfACopy) {
   EXPECT_EQ(content("file"), "content");
 }
 
+TEST_F(ContentTest, CopiesTheModeLessTheUmask) {
+  put("file", "secret");
+  ASSERT_EQ(chmod(native("file").c_str(), 0700), 0);
+  child(u"file").copyFile(child(u"copy"), ReplacementPolicy::Preserve);
+  struct stat status;
+  ASSERT_EQ(stat(native("copy").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0700u);
+}
+
+TEST_F(ContentTest, IsNotCopiedOntoItselfThroughStreams) {
+  const std::string bytes(5 * 1024 * 1024, 'x');
+  put("file", bytes);
+  std::filesystem::create_symlink("file", native("link"));
+  const StorageItem elsewhere(LocalProviderFactory().buildProvider(location), child(u"link").getLocation());
+  const CopyFileOptions watched{.replacementPolicy = ReplacementPolicy::Overwrite,
+                                .interruptCallback = [] { return InterruptSignal::Continue; }};
+  EXPECT_THROW(child(u"file").copyFile(child(u"link"), watched), Exception);
+  EXPECT_THROW(child(u"file").copyFile(elsewhere, ReplacementPolicy::Overwrite), Exception);
+  EXPECT_EQ(content("file"), bytes);
+}
+
+TEST_F(ContentTest, IsCutAndGrownInPlace) {
+  put("file", "0123456789");
+  ASSERT_EQ(chmod(native("file").c_str(), 0600), 0);
+  std::filesystem::create_symlink("file", native("link"));
+  std::filesystem::create_hard_link(native("file"), native("other"));
+  child(u"link").truncateToSize(4);
+  EXPECT_EQ(content("other"), "0123");
+  child(u"other").truncateToSize(6);
+  EXPECT_EQ(content("file"), std::string("0123\0\0", 6));
+  EXPECT_TRUE(std::filesystem::is_symlink(native("link")));
+  EXPECT_EQ(codeThrownAt(child(u"missing"), [&] { child(u"missing").truncateToSize(0); }), ErrorCode::ResourceNotFound);
+  EXPECT_EQ(codeThrownAt(child(u"file"), [&] { child(u"file").truncateToSize(~std::uint64_t{0}); }),
+            ErrorCode::FileTooLarge);
+}
+
 TEST_F(ContentTest, ServesManyThreadsAtOnce) {
   std::vector<std::thread> threads;
   for (int number = 0; number < 8; ++number)

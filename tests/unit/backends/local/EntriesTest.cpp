@@ -2,6 +2,7 @@
 
 #include "TemporaryFolder.h"
 
+#include <thread>
 #include <vector>
 
 namespace foundation::storage::backend::local {
@@ -145,6 +146,31 @@ TEST_F(EntriesTest, MovesLinksThemselves) {
   EXPECT_EQ(fs::read_symlink(native("renamed-folder")), "folder");
 }
 
+TEST_F(EntriesTest, MovesAFileOntoItsOtherNames) {
+  put("a", "content");
+  fs::create_hard_link(native("a"), native("b"));
+  child(u"a").moveFile(child(u"b").getLocation(), ReplacementPolicy::Overwrite);
+  EXPECT_FALSE(fs::exists(native("a")));
+  // Two ways to one entry are no two entries.
+  fs::create_hard_link(native("b"), native("c"));
+  fs::create_directory_symlink(".", native("here"));
+  child(u"b").moveFile(child(u"here/b").getLocation(), ReplacementPolicy::Overwrite);
+  EXPECT_EQ(content("b"), "content");
+}
+
+TEST_F(EntriesTest, ManyThreadsCreateOneTree) {
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 8; ++number)
+    threads.emplace_back([this, number] {
+      for (int round = 0; round < 50; ++round)
+        child(fl::i18n::to_ustring("r" + std::to_string(round) + "/a/b/" + std::to_string(number)))
+            .createFolderRecursive();
+    });
+  for (auto& thread : threads)
+    thread.join();
+  EXPECT_EQ(std::distance(fs::recursive_directory_iterator(path), {}), 50 * (3 + 8));
+}
+
 TEST_F(EntriesTest, MovesFoldersOnlyOntoNothingOrAnEmptyOne) {
   fs::create_directories(native("from/inside"));
   fs::create_directories(native("full/inside"));
@@ -153,7 +179,12 @@ TEST_F(EntriesTest, MovesFoldersOnlyOntoNothingOrAnEmptyOne) {
   const auto moveTo = [&](const char16_t* name, ReplacementPolicy policy) {
     return codeThrownAt(child(name), [&] { from.moveFolder(child(name).getLocation(), policy); });
   };
+  fs::create_directory_symlink("empty", native("link"));
+  put("file", "content");
   EXPECT_EQ(moveTo(u"full", ReplacementPolicy::Overwrite), ErrorCode::FolderNotEmpty);
+  EXPECT_EQ(moveTo(u"file", ReplacementPolicy::Overwrite), ErrorCode::InvalidLocation);
+  EXPECT_THROW(child(u"link").moveFolder(child(u"file").getLocation(), ReplacementPolicy::Overwrite), Exception);
+  EXPECT_EQ(content("file"), "content");
   EXPECT_EQ(moveTo(u"empty", ReplacementPolicy::Preserve), ErrorCode::ResourceAlreadyExists);
   from.moveFolder(child(u"empty").getLocation(), ReplacementPolicy::Overwrite);
   EXPECT_TRUE(fs::is_directory(native("empty/inside")));

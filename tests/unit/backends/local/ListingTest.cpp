@@ -106,8 +106,12 @@ TEST_F(ListingTest, ListsNamesWhoseAttributesMayNotBeRead) {
 TEST_F(ListingTest, StartsAnewAfterReset) {
   put("a", "");
   const auto entries = folder.listAll(u"");
+  EXPECT_THROW(entries->current(), std::logic_error);
   entries->next();
+  EXPECT_EQ(entries->current().getName(), u"a");
   EXPECT_FALSE(entries->hasNext());
+  entries->next();
+  EXPECT_THROW(entries->current(), std::logic_error);
   put("b", "");
   entries->reset();
   EXPECT_EQ(namesAndKinds(*entries).size(), 2u);

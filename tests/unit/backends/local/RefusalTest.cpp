@@ -50,8 +50,7 @@ TEST_F(RefusalTest, EveryOperationNamesTheLocationAndTheReason) {
       {longName, {read, write, list, size, time, makeFile, makeFolder, removeFile}, ErrorCode::InvalidLocation},
       {deepPath, {read, write, list, size, time, makeFile, makeFolder, removeFile}, ErrorCode::InvalidLocation},
       {u"loop", {read, write, list, size, time}, ErrorCode::InvalidLocation},
-      {u"pipe", {read}, ErrorCode::InvalidLocation},
-      {u"pipe", {write}, ErrorCode::UnsupportedOperation},
+      {u"pipe", {read, write}, ErrorCode::InvalidLocation},
       {std::u16string(u"a\0b", 3), {read, write, list, size, makeFile, makeFolder}, ErrorCode::InvalidLocation},
   };
   for (const auto& row : cases)
@@ -113,7 +112,8 @@ TEST_F(RefusalTest, RespectsPermissions) {
 
 TEST_F(RefusalTest, ServesOnlyPathsOfThisMachine) {
   const LocalProviderFactory factory;
-  for (const auto* text : {u"http://example.org/a", u"file://server/share", u"zip:file:///a.zip!/b", u"file://"}) {
+  for (const auto* text : {u"http://example.org/a", u"file://server/share", u"zip:file:///a.zip!/b", u"file://",
+                           u"file:///a?b", u"file:///a#b", u"file://ann@/a", u"file://:80/a", u"file:////server/a"}) {
     SCOPED_TRACE(fl::i18n::to_string(text));
     const StorageIRI foreign(text);
     EXPECT_EQ(codeThrownAt(foreign, [&] { factory.buildProvider(foreign); }), ErrorCode::InvalidLocation);
@@ -132,6 +132,12 @@ TEST_F(RefusalTest, DoesNotWaitForTheOtherEndOfAPipe) {
   EXPECT_EQ(codeThrownAt(pipe, [&] { pipe.openReadOnlyStream(); }), ErrorCode::InvalidLocation);
   EXPECT_EQ(codeThrownAt(pipe, [&] { pipe.openStream({}); }), ErrorCode::InvalidLocation);
   close(end);
+  // Whoever waits to write must not be let in only to find nobody there: the pipe is not even opened.
+  const int reader = open(native("pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  EXPECT_THROW(pipe.openStream({}), ByteStreamOpenFailure);
+  char byte = 0;
+  EXPECT_EQ(read(reader, &byte, 1), 0);  // no writer has been there
+  close(reader);
 }
 
 }  // namespace

@@ -16,6 +16,9 @@ inline constexpr Allowed inPath = 8;
 inline constexpr Allowed inQuery = 16;  ///< and in a fragment, but for the private-use characters
 inline constexpr Allowed inFragment = 32;
 inline constexpr Allowed isHexDigit = 64;
+/// In a path that follows a scheme without a '/': the texts of other IRIs are embedded there, so the
+/// brackets of their hosts are allowed, which RFC 3986 does not do.
+inline constexpr Allowed inOpaquePath = 128;
 
 inline constexpr auto asciiCharacters = [] {
   std::array<Allowed, 128> table{};
@@ -27,15 +30,16 @@ inline constexpr auto asciiCharacters = [] {
   };
   const std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
   const std::string_view digits = "0123456789";
-  const int anywhere = inUserInfo | inHost | inPath | inQuery | inFragment;
+  const int anywhere = inUserInfo | inHost | inPath | inOpaquePath | inQuery | inFragment;
   allow(letters, anywhere | inScheme);
   allow(digits, anywhere | inScheme | isHexDigit);
   allow("ABCDEFabcdef", isHexDigit);
   allow("+-.", inScheme);
   allow("-._~", anywhere);
   allow("!$&'()*+,;=", anywhere);
-  allow(":", inUserInfo | inPath | inQuery | inFragment);
-  allow("@/", inPath | inQuery | inFragment);
+  allow(":", inUserInfo | inPath | inOpaquePath | inQuery | inFragment);
+  allow("@/", inPath | inOpaquePath | inQuery | inFragment);
+  allow("[]", inOpaquePath);
   allow("?", inQuery | inFragment);
   return table;
 }();

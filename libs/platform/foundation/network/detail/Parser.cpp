@@ -3,11 +3,10 @@
 #include <fl/i18n/Convert.h>
 #include <fl/i18n/Surrogates.h>
 #include <foundation/network/IRISyntaxException.h>
+#include <foundation/network/detail/Address.h>
 #include <foundation/network/detail/Characters.h>
 
 #include <algorithm>
-#include <arpa/inet.h>
-
 namespace foundation::network::detail {
 namespace {
 
@@ -64,28 +63,9 @@ class Parser {
     if (close >= end)
       refuse(at_, "the '[' of an address is not closed");
     const auto address = std::u16string_view(text_).substr(at_ + 1, close - at_ - 1);
-    if (!isVersion6(address) && !isFutureVersion(address))
+    if (!isBracketedAddress(address))
       refuse(at_, "what stands in brackets is no IPv6 address");
     at_ = close + 1;
-  }
-
-  static bool isVersion6(std::u16string_view address) {
-    in6_addr parsed;
-    return address.find(u'\0') == std::u16string_view::npos &&
-           inet_pton(AF_INET6, fl::i18n::to_string(address).c_str(), &parsed) == 1;
-  }
-
-  static bool isFutureVersion(std::u16string_view address) {
-    const auto dot = address.find(u'.');
-    if (address.empty() || (address[0] | 0x20) != u'v' || dot == std::u16string_view::npos)
-      return false;
-    const auto version = address.substr(1, dot - 1);
-    const auto rest = address.substr(dot + 1);
-    const auto all = [](std::u16string_view part, Allowed where) {
-      return !part.empty() &&
-             std::all_of(part.begin(), part.end(), [&](char16_t u) { return isAllowedAscii(u, where); });
-    };
-    return all(version, isHexDigit) && all(rest, inUserInfo);
   }
 
   void parsePort(std::size_t end) {
@@ -100,7 +80,8 @@ class Parser {
     const bool isReference = !parts_.hasScheme && !parts_.hasAuthority;
     parts_.pathBegin = at_ & maximalLength;
     sawEscape_ = false;
-    pass(inPath, "a path", [](char16_t unit) { return unit == u'?' || unit == u'#'; });
+    const bool isOpaque = parts_.hasScheme && !parts_.hasAuthority && (at_ == text_.size() || text_[at_] != u'/');
+    pass(isOpaque ? inOpaquePath : inPath, "a path", [](char16_t unit) { return unit == u'?' || unit == u'#'; });
     parts_.pathHasEscapes = sawEscape_;
     parts_.pathIsCanonical = !sawEscape_;
     parts_.pathEnd = at_ & maximalLength;

@@ -25,6 +25,11 @@ bool isAllowedBeyondAsciiAt(std::u16string_view text, std::size_t at, std::size_
   return isAllowedBeyondAscii(length == 2 ? fl::i18n::pairAt(text, at) : char32_t{text[at]}, where);
 }
 
+bool isEscapeAt(std::u16string_view text, std::size_t at) {
+  return at + 2 < text.size() && text[at] == u'%' && isAllowedAscii(text[at + 1], isHexDigit) &&
+         isAllowedAscii(text[at + 2], isHexDigit);
+}
+
 }  // namespace
 
 EncodingNotes appendEncoded(std::u16string& out, std::u16string_view plain, Allowed where) {
@@ -54,17 +59,17 @@ EncodingNotes appendEncoded(std::u16string& out, std::u16string_view plain, Allo
 std::u16string decoded(std::u16string_view written) {
   std::u16string out;
   const auto escapes = static_cast<std::size_t>(std::count(written.begin(), written.end(), u'%'));
-  out.reserve(written.size() - 2 * escapes);
+  out.reserve(written.size() - 2 * std::min(escapes, written.size() / 3));
   std::string bytes;
-  std::size_t at = 0;
-  while (at < written.size()) {
-    const auto next = std::min(written.find(u'%', at), written.size());
-    out.append(written, at, next - at);
+  for (std::size_t at = 0; at < written.size();) {
     // A run of escapes is one piece of UTF-8: a character may span several of them.
     bytes.clear();
-    for (at = next; at < written.size() && written[at] == u'%'; at += 3)
+    for (; isEscapeAt(written, at); at += 3)
       bytes.push_back(static_cast<char>(hexValue(written[at + 1]) << 4 | hexValue(written[at + 2])));
     fl::i18n::append_ustring(out, bytes);
+    const auto next = std::min(written.find(u'%', at + (bytes.empty() ? 1 : 0)), written.size());
+    out.append(written, at, next - at);
+    at = next;
   }
   return out;
 }

@@ -42,7 +42,8 @@ class FOUNDATION_EXPORT ContainerProviderFactory {
   void configure(boost::property_tree::ptree configuration);
 
   /// Shuts all live providers down and forgets them; users that still hold one must not use it. Where
-  /// a provider throws, nothing is forgotten.
+  /// a provider throws, nothing is forgotten. One that is built meanwhile may be forgotten without being
+  /// shut down.
   void shutdownProvider() const;
 
  private:

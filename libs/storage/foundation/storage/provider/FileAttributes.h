@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/core/Export.h>
+#include <foundation/storage/provider/detail/Question.h>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
@@ -8,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace foundation::storage::provider {
 
@@ -25,6 +27,11 @@ class FOUNDATION_EXPORT FileAttributes {
   FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified, bool writable);
   FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified,
                  std::function<bool()> writable);
+  /// The same for any callable; without it a captureless lambda could be taken for a truth value.
+  template <detail::Question Writable>
+  FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified,
+                 Writable writable)
+      : FileAttributes(size, lastModified, std::function<bool()>(std::move(writable))) {}
 
   /// In bytes; to be asked only where `hasSizeAttribute()`: it is not checked here.
   std::uint64_t getSize() const;
@@ -36,8 +43,14 @@ class FOUNDATION_EXPORT FileAttributes {
 
   FileAttributes& withHiddenAttribute(bool hidden);
   FileAttributes& withHiddenAttribute(std::function<bool()> hidden);
+  FileAttributes& withHiddenAttribute(detail::Question auto hidden) {
+    return withHiddenAttribute(std::function<bool()>(std::move(hidden)));
+  }
   FileAttributes& withSymlinkStatusAttribute(bool symlink);
   FileAttributes& withSymlinkStatusAttribute(std::function<bool()> symlink);
+  FileAttributes& withSymlinkStatusAttribute(detail::Question auto symlink) {
+    return withSymlinkStatusAttribute(std::function<bool()>(std::move(symlink)));
+  }
 
  private:
   struct Record;

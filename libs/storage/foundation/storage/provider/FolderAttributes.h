@@ -1,11 +1,13 @@
 #pragma once
 
 #include <foundation/core/Export.h>
+#include <foundation/storage/provider/detail/Question.h>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace foundation::storage::provider {
 
@@ -22,6 +24,10 @@ class FOUNDATION_EXPORT FolderAttributes {
   /// set.
   FolderAttributes(const boost::posix_time::ptime& lastModified, bool writable);
   FolderAttributes(const boost::posix_time::ptime& lastModified, std::function<bool()> writable);
+  /// The same for any callable; without it a captureless lambda could be taken for a truth value.
+  template <detail::Question Writable>
+  FolderAttributes(const boost::posix_time::ptime& lastModified, Writable writable)
+      : FolderAttributes(lastModified, std::function<bool()>(std::move(writable))) {}
 
   boost::posix_time::ptime getLastModified() const;
   bool isHidden() const;
@@ -30,8 +36,14 @@ class FOUNDATION_EXPORT FolderAttributes {
 
   FolderAttributes& withHiddenAttribute(bool hidden);
   FolderAttributes& withHiddenAttribute(std::function<bool()> hidden);
+  FolderAttributes& withHiddenAttribute(detail::Question auto hidden) {
+    return withHiddenAttribute(std::function<bool()>(std::move(hidden)));
+  }
   FolderAttributes& withSymlinkStatusAttribute(bool symlink);
   FolderAttributes& withSymlinkStatusAttribute(std::function<bool()> symlink);
+  FolderAttributes& withSymlinkStatusAttribute(detail::Question auto symlink) {
+    return withSymlinkStatusAttribute(std::function<bool()>(std::move(symlink)));
+  }
 
  private:
   struct Record;

@@ -21,11 +21,12 @@ class FOUNDATION_EXPORT IFolderEntryIterator {
   IFolderEntryIterator(const IFolderEntryIterator&) = default;
   IFolderEntryIterator& operator=(const IFolderEntryIterator&) = default;
 
-  /// A copy of the entry under the cursor; to be called after `next()`.
+  /// A copy of the entry under the cursor. Throws `std::logic_error` where there is none: before `next()`,
+  /// after the end, after `reset()`.
   virtual FolderEntry current() const = 0;
   /// Whether another entry follows.
   virtual bool hasNext() const = 0;
-  /// Moves to the following entry; to be called where `hasNext()`.
+  /// Moves to the following entry, or beyond the last one.
   virtual void next() = 0;
   /// Back to before the first entry; the folder is listed anew.
   virtual void reset() = 0;

@@ -196,7 +196,8 @@ class FOUNDATION_EXPORT IProvider {
 
   // --- Moving and copying within this store ---
 
-  /// Moves a file to the location `destination` (not into it).
+  /// Moves a file to the location `destination` (not into it). Throws `UnsupportedOperation` where the store
+  /// cannot move between the two.
   void moveFile(const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy) const {
     doMoveFile(source, destination, policy);
   }
@@ -226,7 +227,8 @@ class FOUNDATION_EXPORT IProvider {
     doSetLastModified(location, time);
   }
   void setWritable(const StorageIRI& location, bool writable) const { doSetWritable(location, writable); }
-  /// Cuts a file off, or fills it up with zeros.
+  /// Cuts a file off, or fills it up with zeros. A failure may leave a file that has grown in part, and, by
+  /// the default, a scratch file whose name is this one's and a UUID.
   /// @param newSize  in bytes
   void truncateToSize(const StorageIRI& location, std::uint64_t newSize) const { doTruncateToSize(location, newSize); }
 

@@ -5,6 +5,7 @@
 #include <foundation/storage/provider/ByteStreamDevice.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/Exception.h>
+#include <foundation/storage/provider/FailureConversion.h>
 #include <foundation/storage/provider/IProvider.h>
 
 #include <boost/uuid/random_generator.hpp>
@@ -33,13 +34,6 @@ void copyAll(const GenericByteStreamDevice<ByteStream>& source, const GenericByt
       done += written;
     }
   }
-}
-
-/// A failure of a stream as a failure of the provider, with all that was known of it.
-Exception asException(const ByteStreamFailure& failure, const StorageIRI& location) {
-  Exception exception(failure.getErrorCode(), location);
-  exception.setExceptionContexts(failure.getAllExceptionContexts());
-  return exception;
 }
 
 /// Provides the bytes from `offset` on; the chunk is zero when it gets it.
@@ -89,7 +83,7 @@ void IProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destinati
     to.close();
     from.close();
   } catch (const ByteStreamFailure& failure) {
-    throw asException(failure, source);
+    throw toException(failure, source);
   }
 }
 
@@ -103,8 +97,16 @@ void IProvider::doCreateFolderRecursive(const StorageIRI& location) const {
     if (!missing.front().hasParent())
       throw Exception(ErrorCode::ResourceNotFound, missing.front());
   }
-  for (const auto& folder : missing)
-    doCreateFolder(folder);
+  for (const auto& folder : missing) {
+    try {
+      doCreateFolder(folder);
+    } catch (const Exception& failure) {
+      // Somebody else may be creating the same ancestors.
+      const bool isAncestor = &folder != &missing.back();
+      if (!isAncestor || failure.getErrorCode() != ErrorCode::ResourceAlreadyExists || !doFolderExists(folder))
+        throw;
+    }
+  }
 }
 
 ExistenceType IProvider::doExists(const StorageIRI& location) const {
@@ -145,6 +147,8 @@ void IProvider::shrinkFile(const StorageIRI& location, std::uint64_t newSize) co
   const auto source = doOpenReadOnlyStream(location);
   const auto suffix = boost::uuids::to_string(boost::uuids::random_generator()());
   const StorageIRI scratch(location.toString() + fl::i18n::to_ustring(suffix));
+  if (scratch.getPath() == location.getPath())  // the text ends in a query, which names no other file
+    throw Exception(ErrorCode::InvalidLocation, location);
   const auto target = doOpenStream(scratch, {.access = ByteStreamAccess::WriteOnly,
                                              .create = ByteStreamCreate::Create,
                                              .truncate = ByteStreamTruncate::TruncateExisting,

@@ -2,6 +2,7 @@
 
 #include <fl/filesystem/Exceptions.h>
 #include <fl/i18n/Convert.h>
+#include <fl/i18n/Printable.h>
 #include <foundation/network/IRISyntaxException.h>
 #include <foundation/storage/provider/Exception.h>
 
@@ -31,7 +32,7 @@ StorageIRI toStorageIRI(const std::u16string& scheme, const fl::filesystem::upat
     throw network::IRISyntaxException(scheme, 0, "this is no scheme");
   auto generic = path.empty() ? path : make_generic_form(path);
   if (!generic.empty() && !is_absolute(generic))
-    throw std::runtime_error("File path " + fl::i18n::to_string(path.string()) + " is not absolute.");
+    throw std::runtime_error("File path " + fl::i18n::to_printable(path.string()) + " is not absolute.");
   return StorageIRI(scheme, std::move(generic));
 }
 
@@ -39,7 +40,10 @@ StorageIRI toCanonicalizedStorageIRI(const std::u16string& scheme, const fl::fil
   try {
     return toStorageIRI(scheme, get_pathname_from_volume(path));
   } catch (const fl::filesystem::FsysExceptionBase& failure) {
-    throw Exception(codeOf(failure), toStorageIRI(scheme, path));
+    Exception refusal(codeOf(failure), toStorageIRI(scheme, path));
+    ExceptionContextInfo info(failure.toUstring(), fl::i18n::to_ustring(std::to_string(failure.getErrorNumber())), {});
+    refusal.setExceptionContexts({ExceptionContext(fl::i18n::to_ustring(failure.getOperation()), std::move(info))});
+    throw refusal;
   } catch (...) {
     throw std::runtime_error(boost::current_exception_diagnostic_information());
   }

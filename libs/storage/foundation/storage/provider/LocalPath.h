@@ -10,7 +10,7 @@
 /// number of threads.
 namespace foundation::storage::provider {
 
-/// The location of a local path. It gives the very same path back.
+/// The location of a local path. It gives the same path back, in generic form.
 /// @param scheme  such as u"file"
 /// @param path    absolute, in any form; the empty path is accepted
 /// Throws `std::runtime_error` where the path is not absolute, `network::IRISyntaxException` where

@@ -33,7 +33,7 @@ std::u16string continuedPath(std::u16string path, std::u16string_view name) {
 StorageIRI childOf(const StorageIRI& parent, const std::u16string& child) {
   const auto& impl = *StorageIRIImpl::of(parent);
   if (child.empty())
-    return impl.withPath(parent.getPath());
+    return parent;
   if (child.front() == u'/')
     return impl.withPath(absolutePath(child));
   const auto name = std::u16string_view(child).substr(0, child.size() - (child.back() == u'/' ? 1 : 0));

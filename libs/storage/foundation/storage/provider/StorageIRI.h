@@ -45,7 +45,7 @@ class FOUNDATION_EXPORT StorageIRI {
   /// Parses `iri`, an absolute IRI (RFC 3987) in UTF-16.
   /// Throws `foundation::network::IRISyntaxException` where it is no IRI, and
   /// `AnonymousInternalException<std::runtime_error>` where it has no scheme, or is of the form
-  /// scheme:text without being a location in a container.
+  /// scheme:text without being a location in at most 64 containers.
   explicit StorageIRI(std::u16string iri);
 
   /// The same from a parsed IRI.
@@ -54,13 +54,16 @@ class FOUNDATION_EXPORT StorageIRI {
   /// The location of `child` relative to `parent`.
   /// @param child  a name or a path, not escaped. One that begins with '/' replaces the parent's
   ///               path (leading '/' count as one); any other is appended to it, less one trailing '/'.
-  ///               The empty child gives the parent's own path. "." and ".." are kept.
+  ///               The empty child is the parent itself. "." and ".." are kept. A query or fragment of
+  ///               a hierarchical parent is kept, that of one in a container is dropped.
   StorageIRI(const StorageIRI& parent, const std::u16string& child);
 
   /// A location inside a container.
   /// @param scheme  of the container, such as u"zip"
   /// @param inner   where the container lives
   /// @param path    inside the container, absolute, not escaped
+  /// Throws `network::IRISyntaxException` where `scheme` is no scheme, and
+  /// `AnonymousInternalException<std::runtime_error>` where `inner` has no path or lies in 64 containers.
   StorageIRI(const std::u16string& scheme, const StorageIRI& inner, std::u16string path);
 
   StorageIRI(const StorageIRI&) = default;
@@ -86,7 +89,8 @@ class FOUNDATION_EXPORT StorageIRI {
 
   /// The folder that holds this location, inside the same container. A hierarchical or container
   /// parent's path keeps its trailing '/'. Throws `AnonymousInternalException<std::logic_error>` where
-  /// there is none.
+  /// there is none: for the root, and for a location without a path. A drive's root, "C:/", has no parent
+  /// by `hasParent()`, but gives "/", under which all drives hang.
   StorageIRI getParent() const;
   /// False at the root.
   bool hasParent() const;
@@ -119,7 +123,9 @@ class FOUNDATION_EXPORT StorageIRI {
   /// resolved. A path that ends in '/' is taken as `PathView` trims it.
   bool isAncestorOf(const StorageIRI& other) const;
 
-  /// The path from the folder `base` to this location, not escaped; it may begin with "../".
+  /// The path from the folder `base` to this location, not escaped. It may begin with "../", or with "./"
+  /// before a name with a ':'; the child that it makes of `base` has to be resolved. Dot segments of either
+  /// path are resolved, and lone surrogates in names come back as their bytes are read.
   /// Throws `std::runtime_error` where the two have different roots.
   std::u16string makePathRelativeTo(const StorageIRI& base) const;
 

@@ -10,6 +10,15 @@
 #include <utility>
 
 namespace foundation::storage::provider {
+namespace {
+
+/// Whether two existing items are one file, as far as their stores can tell: opening it for writing would
+/// destroy what is to be read.
+bool areOneFile(const StorageItem& a, const StorageItem& b) {
+  return a.getScheme() == b.getScheme() && a.getCanonicalLocation() == b.getCanonicalLocation();
+}
+
+}  // namespace
 
 StorageItem::StorageItem(std::shared_ptr<IProvider> provider, StorageIRI location)
     : provider_(std::move(provider)), location_(std::move(location)) {}
@@ -44,7 +53,8 @@ void StorageItem::moveFolder(const StorageIRI& destination, const ReplacementPol
 }
 
 TransactionStatus StorageItem::copyFile(const StorageItem& destination, const CopyFileOptions& options) const {
-  if (destination.fileExists() && preservesExisting(options.replacementPolicy))
+  const bool exists = destination.fileExists();
+  if (exists && preservesExisting(options.replacementPolicy))
     throw Exception(ErrorCode::ResourceAlreadyExists, destination.location_);
   const bool isAtomic = options.transactionPolicy == TransactionPolicy::Atomic;
   if (hasSameProviderInstance(destination)) {
@@ -56,6 +66,8 @@ TransactionStatus StorageItem::copyFile(const StorageItem& destination, const Co
       return provider_->copyFileAtomic(location_, destination.location_, options.replacementPolicy,
                                        options.interruptCallback);
   }
+  if (exists && areOneFile(*this, destination))
+    throw Exception(ErrorCode::InvalidLocation, destination.location_);
   return detail::copyThroughStreams(*this, destination, options);
 }
 

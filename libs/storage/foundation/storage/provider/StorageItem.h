@@ -67,7 +67,8 @@ class FOUNDATION_EXPORT StorageItem {
   ///
   /// Throws `ResourceAlreadyExists` with the destination's location, before anything else happens, where
   /// a file is there and the policy keeps it. With `TransactionPolicy::Atomic` the destination is either
-  /// untouched or whole. With `NonAtomic`, a copy that fails or is interrupted leaves what was written.
+  /// untouched or whole. A file is not copied onto itself: `InvalidLocation`. With `NonAtomic`, a copy that fails or is
+  /// interrupted leaves what was written.
   /// @return `Aborted` where the callback ended the copy
   TransactionStatus copyFile(const StorageItem& destination, const CopyFileOptions& options) const;
 

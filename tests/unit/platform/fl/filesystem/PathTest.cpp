@@ -57,19 +57,10 @@ TEST(Path, IsTakenApartInAllAbsoluteForms) {
 TEST(Path, GenericFormCollapsesLeadingSeparatorsThatNameNoServer) {
   const struct {
     std::u16string path, generic;
-  } cases[] = {{u"", u""},           {u"/", u"/"},       {u"//", u"/"},      {u"///", u"/"},   {u"///a", u"/a"},
-               {u"//s/a", u"//s/a"}, {u"/a//", u"/a//"}, {u"a\\b", u"a\\b"}, {u"//s", u"//s/"}};
+  } cases[] = {{u"", u""},           {u"/", u"/"},       {u"//", u"/"},      {u"///", u"/"},    {u"///a", u"/a"},
+               {u"//s/a", u"//s/a"}, {u"/a//", u"/a//"}, {u"a\\b", u"a\\b"}, {u"//s", u"//s/"}, {u"//s//a", u"//s/a"}};
   for (const auto& row : cases)
     EXPECT_EQ(make_generic_form(upath(row.path)).string(), row.generic) << i18n::to_string(row.path);
-}
-
-TEST(Path, IsJoinedByOneSeparator) {
-  const struct {
-    std::u16string folder, relative, joined;
-  } cases[] = {{u"/a", u"b/c", u"/a/b/c"}, {u"/a/", u"b", u"/a/b"}, {u"/", u"b", u"/b"},  {u"C:/", u"b", u"C:/b"},
-               {u"//s/", u"b", u"//s/b"},  {u"", u"b", u"b"},       {u"/a", u"", u"/a/"}, {u"a\\", u"b", u"a\\/b"}};
-  for (const auto& row : cases)
-    EXPECT_EQ((upath(row.folder) / row.relative).string(), row.joined) << i18n::to_string(row.folder);
 }
 
 TEST(Path, IsOrderedSegmentBySegment) {
@@ -137,7 +128,7 @@ TEST_F(VolumeTest, NamesOperationPathAndReason) {
     std::string text;
   } cases[] = {
       {pathOf(folder + "/missing\xff"), ENOENT, folder + "/missing\xff': No such file or directory (2)"},
-      {upath(std::u16string(u"/tmp\0x", 6)), 0, "/tmp\\0x': The path is not of a form that the system knows"},
+      {upath(std::u16string(u"/tmp\0x", 6)), 0, "/tmp\\x00x': The path is not of a form that the system knows"},
   };
   for (const auto& row : cases) {
     try {

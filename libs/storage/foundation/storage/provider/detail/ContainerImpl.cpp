@@ -2,6 +2,7 @@
 
 #include <fl/i18n/Convert.h>
 #include <foundation/core/except/detail/AnonymousInternalException.h>
+#include <foundation/network/IRISyntaxException.h>
 #include <foundation/storage/provider/detail/Absolute.h>
 #include <foundation/storage/provider/detail/PathSplit.h>
 
@@ -18,6 +19,25 @@ constexpr char16_t separator = u'!';
 
 [[noreturn]] void refuseText(const network::IRI& iri, const std::string& reason) {
   refuse("Invalid container-style storage IRI '" + fl::i18n::to_string(iri.text()) + "'. " + reason);
+}
+
+[[noreturn]] void refuseNesting() { refuse("Containers nest at most " + std::to_string(maximalNesting) + " deep."); }
+
+void requireInnerPath(const network::IRI& iri, const StorageIRIImpl& inner) {
+  if (!inner.hasPath())
+    refuse("IRI '" + fl::i18n::to_string(iri.text()) + "' does not have an absolute path component on the inner IRI.");
+}
+
+/// With another character in it, the scheme would be read as something else.
+const std::u16string& requireScheme(const std::u16string& scheme) {
+  if (!network::IRI::isScheme(scheme))
+    throw network::IRISyntaxException(scheme, 0, "this is no scheme");
+  return scheme;
+}
+
+/// In how many containers a location is.
+int nestingOf(const StorageIRIImpl& location) {
+  return location.hasInnerIRI() ? 1 + nestingOf(*location.getInnerIRI()) : 0;
 }
 
 /// The two sides of the separator.
@@ -60,24 +80,27 @@ std::u16string absolutePath(std::u16string path) { return path.starts_with(u'/')
 
 }  // namespace
 
-ContainerImpl::ContainerImpl(network::IRI iri) : iri_(std::move(iri)) {
+ContainerImpl::ContainerImpl(network::IRI iri, int nesting) : iri_(std::move(iri)) {
   requireAbsolute(iri_);
+  if (nesting == 0)
+    refuseNesting();
   const auto text = cutAtSeparator(iri_);
-  inner_ = makeImplFromIRI(network::IRI(text.inner));
-  if (!inner_->hasPath())
-    refuse("IRI '" + fl::i18n::to_string(iri_.text()) + "' does not have an absolute path component on the inner IRI.");
+  inner_ = makeImplFromIRI(network::IRI(text.inner), nesting - 1);
+  requireInnerPath(iri_, *inner_);
   path_ = decodedPath(text.path);
 }
 
 ContainerImpl::ContainerImpl(const std::u16string& scheme, Pointer inner, std::u16string path)
     : inner_(std::move(inner)),
       path_(absolutePath(std::move(path))),
-      iri_(scheme + u":" + inner_->toString() + separator + encodedPath(path_)) {
-  requireAbsolute(iri_);
+      iri_(requireScheme(scheme) + u":" + inner_->toString() + separator + encodedPath(path_)) {
+  requireInnerPath(iri_, *inner_);
+  if (nestingOf(*inner_) == maximalNesting)
+    refuseNesting();
 }
 
 const StorageIRIImpl::Pointer& ContainerImpl::getParent() const {
-  return rest().parent.get([this] {
+  return seldomAsked().parent.get([this] {
     const auto parentPath = splitPath(path_).parent;
     if (parentPath.empty())
       throwHasNoParent();

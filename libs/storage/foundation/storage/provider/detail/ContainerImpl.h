@@ -7,9 +7,11 @@ namespace foundation::storage::provider::detail {
 /// A location inside a container that lives at another location: scheme:inner!/path.
 class ContainerImpl final : public StorageIRIImpl {
  public:
-  /// Throws `AnonymousInternalException<std::runtime_error>` where `iri` is no location in a container.
-  explicit ContainerImpl(network::IRI iri);
+  /// Throws `AnonymousInternalException<std::runtime_error>` where `iri` is no location in a container, or in
+  /// more than `nesting` of them.
+  ContainerImpl(network::IRI iri, int nesting);
 
+  /// Throws as the other constructor, and `network::IRISyntaxException` where `scheme` is no scheme.
   /// @param path  decoded; a '/' is put before a path that begins without one
   ContainerImpl(const std::u16string& scheme, Pointer inner, std::u16string path);
 

@@ -10,12 +10,13 @@
 namespace foundation::storage::provider::detail {
 namespace {
 
-bool isAsciiLetter(char16_t unit) { return (unit | 0x20) >= u'a' && (unit | 0x20) <= u'z'; }
-
-/// Whether `path` begins with a drive under the root, such as "/C:" or "/C:/a".
-bool beginsWithDrive(std::u16string_view path) {
-  return path.size() >= 3 && path[0] == u'/' && isAsciiLetter(path[1]) && path[2] == u':' &&
-         (path.size() == 3 || path[3] == u'/');
+/// Whether `path` is a drive under the root or begins with one: "/C:", "/C:/a".
+bool beginsWithDrive(const std::u16string& path) {
+  if (path.size() < 3)
+    return false;
+  const fl::filesystem::upath below(path.substr(1));
+  const auto length = root_length(below);
+  return length == 3 || (length == 2 && path.size() == 3);
 }
 
 }  // namespace
@@ -39,7 +40,7 @@ bool HierarchicalImpl::less(const StorageIRIImpl& other) const {
 }
 
 const StorageIRIImpl::Pointer& HierarchicalImpl::getParent() const {
-  return rest().parent.get([this] {
+  return seldomAsked().parent.get([this] {
     const auto parentPath = splitPath(getPath()).parent;
     if (parentPath.empty())
       throwHasNoParent();
@@ -48,7 +49,7 @@ const StorageIRIImpl::Pointer& HierarchicalImpl::getParent() const {
 }
 
 StorageIRI HierarchicalImpl::getRoot() const {
-  return rest().root.get([this] { return withPath(u"/"); });
+  return seldomAsked().root.get([this] { return withPath(u"/"); });
 }
 
 const HierarchicalImpl::Names& HierarchicalImpl::names() const {

@@ -29,7 +29,7 @@ class HierarchicalImpl final : public StorageIRIImpl {
   const std::u16string& toString() const override { return iri_.text(); }
   const std::u16string& toAsciiString() const override { return asciiTextOf(iri_); }
   std::u16string getHost() const override { return iri_.getHost(); }
-  bool hasHost() const override { return iri_.hasHost() && !iri_.getHost(network::IRIEncoding::Display).empty(); }
+  bool hasHost() const override { return !iri_.writtenHost().empty(); }
   bool isOpaque() const override { return false; }
   network::IRI toIRI() const override { return iri_; }
   bool hasInnerIRI() const override { return false; }

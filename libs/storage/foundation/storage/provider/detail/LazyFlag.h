@@ -9,14 +9,17 @@ namespace foundation::storage::provider::detail {
 
 /// A truth value that may cost something to find out: either known, or a function that is called on
 /// the first request. Concurrent first requests call it once and all get its answer; a function that
-/// throws is called again on the next request.
+/// throws is called again on the next request (an empty one throws `std::bad_function_call`).
 class LazyFlag {
  public:
   explicit LazyFlag(bool value) noexcept : once_(true), value_(value) {}
   explicit LazyFlag(std::function<bool()> find) noexcept : find_(std::move(find)) {}
 
   bool get() const {
-    once_.run([this] { value_ = find_(); });
+    once_.run([this] {
+      value_ = find_();
+      find_ = nullptr;  // with all that it held
+    });
     return value_;
   }
 
@@ -34,7 +37,7 @@ class LazyFlag {
  private:
   mutable OnceState once_;
   mutable bool value_ = false;
-  std::function<bool()> find_;
+  mutable std::function<bool()> find_;
 };
 
 }  // namespace foundation::storage::provider::detail

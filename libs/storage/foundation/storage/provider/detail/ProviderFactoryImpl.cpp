@@ -28,9 +28,11 @@ std::shared_ptr<IProvider> ProviderFactoryImpl::getOrBuild(const StorageIRI& key
 }
 
 void ProviderFactoryImpl::configure(boost::property_tree::ptree configuration) {
-  const auto known = snapshot();
+  Cache known;
   {
+    // Both at once: a provider that is built meanwhile is either known here or gets the new configuration.
     const std::scoped_lock lock(mutex_);
+    known = cache_;
     configuration_ = configuration;
   }
   for (const auto& [key, provider] : known)

@@ -2,6 +2,7 @@
 
 #include <foundation/core/except/detail/AnonymousInternalException.h>
 #include <foundation/network/DotSegments.h>
+#include <foundation/storage/provider/detail/Absolute.h>
 #include <foundation/storage/provider/detail/AsciiForm.h>
 #include <foundation/storage/provider/detail/ContainerImpl.h>
 #include <foundation/storage/provider/detail/HierarchicalImpl.h>
@@ -19,7 +20,17 @@ std::u16string resolved(const std::u16string& path) {
 
 }  // namespace
 
-StorageIRIImpl::~StorageIRIImpl() = default;
+// A chain of parents is let go one by one: it may be longer than the stack is deep.
+StorageIRIImpl::~StorageIRIImpl() {
+  for (auto parent = takeParent(); parent != nullptr && parent.use_count() == 1;)
+    parent = const_cast<StorageIRIImpl&>(*parent).takeParent();  // nobody else can see it any more
+}
+
+StorageIRIImpl::Pointer StorageIRIImpl::takeParent() noexcept {
+  const auto* known = seldomAsked_.peek();
+  auto* parent = known != nullptr ? known->parent.peek() : nullptr;
+  return parent != nullptr ? std::move(*parent) : nullptr;
+}
 
 // A location's ASCII form follows from its text, so texts that are the same need no look at it.
 
@@ -32,7 +43,7 @@ bool StorageIRIImpl::less(const StorageIRIImpl& other) const {
 }
 
 const std::u16string& StorageIRIImpl::getResolvedPath() const {
-  return rest().resolvedPath.get([this] { return resolved(getPath()); });
+  return seldomAsked().resolvedPath.get([this] { return resolved(getPath()); });
 }
 
 std::uint64_t StorageIRIImpl::hashValue() const {
@@ -40,7 +51,7 @@ std::uint64_t StorageIRIImpl::hashValue() const {
 }
 
 const std::u16string& StorageIRIImpl::asciiTextOf(const network::IRI& iri) const {
-  return iri.isAscii() ? iri.text() : rest().asciiText.get([&iri] { return iri.toAsciiString(); });
+  return iri.isAscii() ? iri.text() : seldomAsked().asciiText.get([&iri] { return iri.toAsciiString(); });
 }
 
 void StorageIRIImpl::throwHasNoParent() {
@@ -51,9 +62,10 @@ void StorageIRIImpl::throwHasNoInnerIRI() {
   throw core::except::detail::AnonymousInternalException<std::logic_error>("IRI does not have an inner IRI.");
 }
 
-StorageIRIImpl::Pointer makeImplFromIRI(network::IRI iri) {
+StorageIRIImpl::Pointer makeImplFromIRI(network::IRI iri, int nesting) {
   if (iri.isOpaque())
-    return std::make_shared<ContainerImpl>(std::move(iri));
+    return std::make_shared<ContainerImpl>(std::move(iri), nesting);
+  requireAbsolute(iri);
   // With an empty authority "s:/a" is the same location as "s:///a", in its texts too.
   if (!iri.hasAuthority())
     return std::make_shared<HierarchicalImpl>(network::IRI(iri.toArgs().setHost(u"")));

@@ -3,8 +3,8 @@
 #include <fl/filesystem/Path.h>
 #include <foundation/network/IRI.h>
 #include <foundation/storage/provider/StorageIRI.h>
-#include <foundation/storage/provider/detail/LazyHash.h>
 #include <foundation/storage/provider/detail/LazyValue.h>
+#include <foundation/storage/provider/detail/OnceWord.h>
 
 #include <cstdint>
 #include <memory>
@@ -53,15 +53,15 @@ class StorageIRIImpl {
 
  protected:
   /// What few ask a location for, kept apart so that it costs one word until somebody does.
-  struct Rest {
+  struct SeldomAsked {
     LazyValue<std::u16string> resolvedPath;
     LazyValue<std::u16string> asciiText;
     LazyValue<Pointer> parent;
     LazyValue<StorageIRI> root;
   };
 
-  const Rest& rest() const {
-    return rest_.get([] { return Rest(); });
+  const SeldomAsked& seldomAsked() const {
+    return seldomAsked_.get([] { return SeldomAsked(); });
   }
 
   /// The ASCII form of `iri`, which is the text of this location; `iri` lives as long as this object.
@@ -71,11 +71,18 @@ class StorageIRIImpl {
   [[noreturn]] static void throwHasNoInnerIRI();
 
  private:
-  LazyHash hash_;
-  LazyValue<Rest> rest_;
+  Pointer takeParent() noexcept;
+
+  OnceWord hash_;
+  LazyValue<SeldomAsked> seldomAsked_;
 };
 
+/// How many containers may lie in one another.
+inline constexpr int maximalNesting = 64;
+
 /// The kind of location that `iri` stands for.
-StorageIRIImpl::Pointer makeImplFromIRI(network::IRI iri);
+/// @param nesting  how many containers it may be in. Throws `AnonymousInternalException<std::runtime_error>`
+///                 where it is in more, is not absolute, or no location in a container.
+StorageIRIImpl::Pointer makeImplFromIRI(network::IRI iri, int nesting = maximalNesting);
 
 }  // namespace foundation::storage::provider::detail

@@ -2,7 +2,7 @@
 
 #include <foundation/storage/provider/ByteStreamDevice.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
-#include <foundation/storage/provider/Exception.h>
+#include <foundation/storage/provider/FailureConversion.h>
 #include <foundation/storage/provider/StorageItem.h>
 #include <foundation/storage/provider/detail/ZeroedBuffer.h>
 
@@ -73,7 +73,7 @@ TransactionStatus copyPlainly(Blocks& blocks, const StorageItem& destination, co
   try {
     device.close();
   } catch (const ByteStreamFailure& failure) {
-    throw Exception(failure.getErrorCode(), destination.getLocation());
+    throw toException(failure, destination.getLocation());
   }
   return status;
 }

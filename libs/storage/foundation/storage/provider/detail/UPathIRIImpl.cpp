@@ -8,7 +8,9 @@ namespace {
 
 using fl::filesystem::upath;
 
-bool isDriveRoot(std::u16string_view path) { return (path.size() == 2 || path.size() == 3) && path[1] == u':'; }
+bool isDriveRoot(const upath& path) {
+  return !path.string().starts_with(u'/') && root_length(path) == path.string().size() && !path.empty();
+}
 
 const UPathIRIImpl* asUPath(const StorageIRIImpl& other) {
   return typeid(other) == typeid(UPathIRIImpl) ? static_cast<const UPathIRIImpl*>(&other) : nullptr;
@@ -16,14 +18,11 @@ const UPathIRIImpl* asUPath(const StorageIRIImpl& other) {
 
 /// scheme://server/share for a network path, scheme:///C:/a for one with a drive, else scheme:///a.
 network::IRI makeIRI(const std::u16string& scheme, const std::u16string& path) {
+  if (!path.starts_with(u"//"))
+    return network::IRI(scheme + u"://").withPath(path);
+  const auto serverEnd = std::min(path.find(u'/', 2), path.size());
   network::IRIArgs args;
-  args.setScheme(scheme);
-  if (path.starts_with(u"//")) {
-    const auto serverEnd = std::min(path.find(u'/', 2), path.size());
-    args.setHost(path.substr(2, serverEnd - 2)).setPath(path.substr(serverEnd));
-  } else {
-    args.setHost(u"").setPath(path.empty() || path.front() == u'/' ? path : u"/" + path);
-  }
+  args.setScheme(scheme).setHost(path.substr(2, serverEnd - 2)).setPath(path.substr(serverEnd));
   return network::IRI(args);
 }
 
@@ -54,9 +53,9 @@ bool UPathIRIImpl::less(const StorageIRIImpl& other) const {
 }
 
 const StorageIRIImpl::Pointer& UPathIRIImpl::getParent() const {
-  return rest().parent.get([this]() -> Pointer {
+  return seldomAsked().parent.get([this]() -> Pointer {
     // All drives hang under one root.
-    if (isDriveRoot(path_.string()))
+    if (isDriveRoot(path_))
       return std::make_shared<UPathIRIImpl>(scheme_, upath(u"/"));
     auto parent = extract_parent_path(path_);
     if (parent.empty())
@@ -65,9 +64,7 @@ const StorageIRIImpl::Pointer& UPathIRIImpl::getParent() const {
   });
 }
 
-bool UPathIRIImpl::hasParent() const {
-  return path_ != extract_root_path(path_) && !extract_parent_path(path_).empty();
-}
+bool UPathIRIImpl::hasParent() const { return root_length(path_) < path_.string().size(); }
 
 StorageIRI UPathIRIImpl::getRoot() const {
   return withPath(std::u16string(fl::filesystem::upath_constant::GENERIC_PATHNAME_SEPARATOR));
@@ -85,7 +82,8 @@ std::u16string UPathIRIImpl::getHost() const {
 }
 
 StorageIRI UPathIRIImpl::withPath(const std::u16string& path) const {
-  return wrap(std::make_shared<UPathIRIImpl>(scheme_, upath(placedUnder(extract_root_path(path_).string(), path))));
+  return wrap(std::make_shared<UPathIRIImpl>(
+      scheme_, make_generic_form(upath(placedUnder(extract_root_path(path_).string(), path)))));
 }
 
 const network::IRI& UPathIRIImpl::iri() const {

@@ -13,7 +13,8 @@ namespace foundation::storage::backend::local {
 ///
 /// Names are the system's own bytes: those that are no UTF-8 are kept as `fl::i18n` says. Links are
 /// followed, but for removing, moving and `existsExtended`. Entries whose names begin with '.' are
-/// hidden. Folders and anything that only blocks (pipes, sockets) cannot be opened as streams.
+/// hidden. Listings ignore wildcards. A copy gets the source's mode, less the umask. Folders and anything that only
+/// blocks (pipes, sockets) cannot be opened as streams.
 ///
 /// What the system said of a failure is the failure's top context: its key names the system call, its
 /// info holds the system's words, the error number as the response code, under "name" the number's

@@ -11,11 +11,13 @@
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
+#include <foundation/storage/provider/FailureConversion.h>
 #include <foundation/storage/provider/LocalPath.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <limits>
 #include <memory>
 #include <unistd.h>
 
@@ -47,11 +49,19 @@ std::unique_ptr<FolderListing> list(const provider::StorageIRI& location, EntryF
   return std::make_unique<FolderListing>(location, filter, detail);
 }
 
-ExistenceTypeExtended typeBehindLink(const std::string& path) {
-  struct stat status;
-  if (stat(path.c_str(), &status) == -1)
+ExistenceTypeExtended typeBehindLink(const provider::StorageIRI& location, const std::string& path) {
+  const auto status = findStatus(location, path);
+  if (!status)
     return ExistenceTypeExtended::BrokenSymlink;
-  return S_ISDIR(status.st_mode) ? ExistenceTypeExtended::SymlinkToFolder : ExistenceTypeExtended::SymlinkToFile;
+  return S_ISDIR(status->st_mode) ? ExistenceTypeExtended::SymlinkToFolder : ExistenceTypeExtended::SymlinkToFile;
+}
+
+OpenFile openForTruncation(const provider::StorageIRI& location) {
+  try {
+    return openFile(location, O_WRONLY);
+  } catch (const provider::ByteStreamFailure& failure) {
+    throw provider::toException(failure, location);
+  }
 }
 
 bool isHidden(const std::string& path) { return isHiddenName(path.substr(path.rfind('/') + 1)); }
@@ -155,6 +165,17 @@ LocalProvider::Listing LocalProvider::doListFilesNamesOnly(const StorageIRI& loc
   return list(location, EntryFilter::Files, EntryDetail::NamesOnly);
 }
 
+void LocalProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const {
+  auto file = openForTruncation(location);
+  if (newSize > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()))
+    throw systemFailure(EFBIG, "ftruncate", location);
+  const auto size = static_cast<off_t>(newSize);
+  if (retried([&] { return ftruncate(file.descriptor.get(), size); }) == -1)
+    throw systemFailure(errno, "ftruncate", location);
+  if (const int error = file.descriptor.close())
+    throw systemFailure(error, "close", location);
+}
+
 void LocalProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destination,
                                const ReplacementPolicy& policy) const {
   copyContent(source, destination, policy);
@@ -183,7 +204,7 @@ ExistenceTypeExtended LocalProvider::doExistsExtended(const StorageIRI& location
   if (!status)
     return ExistenceTypeExtended::None;
   if (S_ISLNK(status->st_mode))
-    return typeBehindLink(path);
+    return typeBehindLink(location, path);
   if (S_ISDIR(status->st_mode))
     return ExistenceTypeExtended::RegularFolder;
   return S_ISREG(status->st_mode) ? ExistenceTypeExtended::RegularFile : ExistenceTypeExtended::SpecialFile;

@@ -39,6 +39,8 @@ class LocalProvider final : public provider::IProvider {
   Listing doListAllNamesOnly(const StorageIRI& location) const override;
   Listing doListFoldersNamesOnly(const StorageIRI& location) const override;
   Listing doListFilesNamesOnly(const StorageIRI& location) const override;
+  /// In place: the file stays the same one, with its mode and all its links.
+  void doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const override;
   /// Refuses to copy a file onto itself with `InvalidLocation`.
   void doCopyFile(const StorageIRI& source, const StorageIRI& destination,
                   const ReplacementPolicy& policy) const override;

@@ -3,6 +3,7 @@
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
+#include <foundation/storage/provider/FailureConversion.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -21,6 +22,14 @@ namespace {
 constexpr std::size_t bufferSize = 128 * 1024;
 constexpr std::size_t rangeSize = 1024 * 1024 * 1024;
 
+OpenFile opened(const StorageIRI& location, int flags, mode_t mode) {
+  try {
+    return openFile(location, flags, mode);
+  } catch (const provider::ByteStreamFailure& failure) {
+    throw provider::toException(failure, location);
+  }
+}
+
 /// Whether an error number of copy_file_range(2) says that it does not serve these two files.
 bool meansUnable(int error) {
   return error == EXDEV || error == EINVAL || error == ENOSYS || error == EOPNOTSUPP || error == EPERM;
@@ -31,8 +40,9 @@ class Copy {
   Copy(const StorageIRI& source, const StorageIRI& destination, provider::ReplacementPolicy policy)
       : source_(source),
         destination_(destination),
-        from_(openFile(source, O_RDONLY)),
-        to_(openFile(destination, O_WRONLY | O_CREAT | (preservesExisting(policy) ? O_EXCL : 0))) {}
+        from_(opened(source, O_RDONLY, 0)),
+        to_(opened(destination, O_WRONLY | O_CREAT | (preservesExisting(policy) ? O_EXCL : 0),
+                   from_.status.st_mode & 0777)) {}
 
   void run() {
     if (from_.status.st_dev == to_.status.st_dev && from_.status.st_ino == to_.status.st_ino)
@@ -101,15 +111,7 @@ class Copy {
 }  // namespace
 
 void copyContent(const StorageIRI& source, const StorageIRI& destination, provider::ReplacementPolicy policy) {
-  try {
-    Copy(source, destination, policy).run();
-  } catch (const provider::ByteStreamOpenFailure& failure) {
-    if (failure.getErrorCode() != ErrorCode::ResourceAlreadyExists)
-      throw;
-    provider::Exception exists(ErrorCode::ResourceAlreadyExists, destination);
-    exists.setExceptionContexts(failure.getAllExceptionContexts());
-    throw exists;
-  }
+  Copy(source, destination, policy).run();
 }
 
 }  // namespace foundation::storage::backend::local::detail

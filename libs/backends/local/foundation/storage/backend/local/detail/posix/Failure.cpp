@@ -55,9 +55,13 @@ ErrorCode codeOf(int error) noexcept {
     case EBADF:
     case EPIPE:
     case ESTALE:
+    case EREMOTEIO:
+    case ETIMEDOUT:
+    case EMLINK:
       return ErrorCode::IOError;
     case EMFILE:
     case ENFILE:
+    case ENOBUFS:
     case ENOMEM:
       return ErrorCode::InternalError;
     default:
@@ -84,8 +88,13 @@ provider::Exception systemFailure(int error, const char* call, const StorageIRI&
 
 provider::Exception refusal(ErrorCode code, const StorageIRI& location, std::u16string reason) {
   provider::Exception failure(code, location);
-  failure.setExceptionContexts({ExceptionContext(u"local", ExceptionContextInfo(std::move(reason), {}, {}))});
+  failure.setExceptionContexts(ownContexts(location, std::move(reason)));
   return failure;
+}
+
+ExceptionContexts ownContexts(const StorageIRI& location, std::u16string reason) {
+  ExceptionContextInfo info(std::move(reason), {}, {{u"location", location.toString()}});
+  return {ExceptionContext(u"local", std::move(info))};
 }
 
 std::string streamMessage(const StorageIRI& location, const std::string& reason) {

@@ -22,6 +22,9 @@ provider::Exception systemFailure(int error, const char* call, const provider::S
 /// The library refuses by itself.
 provider::Exception refusal(provider::ErrorCode code, const provider::StorageIRI& location, std::u16string reason);
 
+/// Context for what the library refuses by itself.
+provider::ExceptionContexts ownContexts(const provider::StorageIRI& location, std::u16string reason);
+
 /// The message of a stream's failure: the location and the reason.
 std::string streamMessage(const provider::StorageIRI& location, const std::string& reason);
 
@@ -34,6 +37,15 @@ template <class Failure>
 Failure streamFailure(int error, const char* call, const provider::StorageIRI& location) {
   Failure failure(streamMessage(location, systemMessage(error)), codeOf(error));
   failure.setExceptionContexts(systemContexts(error, call, location));
+  return failure;
+}
+
+/// The library refuses an operation of a stream by itself.
+/// @param reason  ASCII
+template <class Failure>
+Failure streamRefusal(provider::ErrorCode code, const provider::StorageIRI& location, const std::string& reason) {
+  Failure failure(streamMessage(location, reason), code);
+  failure.setExceptionContexts(ownContexts(location, std::u16string(reason.begin(), reason.end())));
   return failure;
 }
 

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
+#include <stdexcept>
 #include <utility>
 
 namespace foundation::storage::backend::local::detail {
@@ -19,6 +20,12 @@ FolderListing::FolderListing(const provider::StorageIRI& location, EntryFilter f
     folderPath_.push_back('/');
 }
 
+FolderEntry FolderListing::current() const {
+  if (!current_)
+    throw std::logic_error("A listing has no current entry before its first one and after its end.");
+  return *current_;
+}
+
 bool FolderListing::hasNext() const {
   if (!next_ && !atEnd_)
     readNext();
@@ -26,8 +33,8 @@ bool FolderListing::hasNext() const {
 }
 
 void FolderListing::next() {
-  if (hasNext())
-    current_ = std::exchange(next_, std::nullopt);
+  hasNext();
+  current_ = std::exchange(next_, std::nullopt);
 }
 
 void FolderListing::reset() {

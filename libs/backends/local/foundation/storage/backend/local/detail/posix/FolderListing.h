@@ -23,7 +23,7 @@ class FolderListing final : public provider::IFolderEntryIterator {
   /// Throws `Exception` where `location` is no folder that can be listed.
   FolderListing(const provider::StorageIRI& location, EntryFilter filter, EntryDetail detail);
 
-  provider::FolderEntry current() const override { return *current_; }
+  provider::FolderEntry current() const override;
   bool hasNext() const override;
   void next() override;
   void reset() override;

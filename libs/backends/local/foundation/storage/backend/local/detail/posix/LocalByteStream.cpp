@@ -20,6 +20,8 @@ LocalByteStream::LocalByteStream(Descriptor descriptor, provider::StorageIRI loc
     : descriptor_(std::move(descriptor)), location_(std::move(location)) {}
 
 std::int64_t LocalByteStream::doRead(char* buffer, std::int64_t count) {
+  if (count < 0)
+    throw streamRefusal<ByteStreamReadFailure>(ErrorCode::IOError, location_, "The count is negative");
   const auto got = retried([&] { return ::read(descriptor_.get(), buffer, static_cast<std::size_t>(count)); });
   if (got == -1)
     throw streamFailure<ByteStreamReadFailure>(errno, "read", location_);
@@ -27,6 +29,10 @@ std::int64_t LocalByteStream::doRead(char* buffer, std::int64_t count) {
 }
 
 std::int64_t LocalByteStream::doWrite(const char* buffer, std::int64_t count) {
+  if (count < 0)
+    throw streamRefusal<ByteStreamWriteFailure>(ErrorCode::IOError, location_, "The count is negative");
+  if (!descriptor_.isOpen())
+    throw streamFailure<ByteStreamWriteFailure>(EBADF, "write", location_);
   std::int64_t done = 0;
   while (done < count) {
     const auto rest = static_cast<std::size_t>(count - done);
@@ -44,10 +50,10 @@ std::int64_t LocalByteStream::doWrite(const char* buffer, std::int64_t count) {
 std::streampos LocalByteStream::doSeek(std::int64_t offset, int origin) {
   static constexpr std::array origins{SEEK_SET, SEEK_CUR, SEEK_END};
   if (origin < 0 || origin >= static_cast<int>(origins.size()))
-    throw ByteStreamSeekFailure(streamMessage(location_, "Unknown origin of a seek"), ErrorCode::IOError);
+    throw streamRefusal<ByteStreamSeekFailure>(ErrorCode::IOError, location_, "The origin of the seek is unknown");
   const auto position = lseek(descriptor_.get(), offset, origins[static_cast<std::size_t>(origin)]);
   if (position == -1 && errno == EINVAL)
-    throw ByteStreamSeekFailure(streamMessage(location_, "The position lies before the beginning"), ErrorCode::IOError);
+    throw streamRefusal<ByteStreamSeekFailure>(ErrorCode::IOError, location_, "The position lies before the beginning");
   if (position == -1)
     throw streamFailure<ByteStreamSeekFailure>(errno, "lseek", location_);
   return position;

@@ -15,15 +15,44 @@ using provider::StorageIRI;
 
 namespace {
 
-void requireKind(const StorageIRI& source, const std::string& path, MovedEntry kind) {
-  const auto own = findLinkStatus(source, path);
-  if (!own)
-    throw systemFailure(ENOENT, "rename", source);
+struct stat linkStatusOf(const StorageIRI& location, const std::string& path) {
+  struct stat status;
+  if (lstat(path.c_str(), &status) == -1)
+    throw systemFailure(errno, "rename", location);
+  return status;
+}
+
+/// @return the status of the entry itself
+struct stat requireKind(const StorageIRI& source, const std::string& path, MovedEntry kind) {
+  const auto own = linkStatusOf(source, path);
   // A link passes for what it leads to, and one that leads nowhere for a file.
-  const auto status = S_ISLNK(own->st_mode) ? findStatus(source, path).value_or(*own) : *own;
+  const auto status = S_ISLNK(own.st_mode) ? findStatus(source, path).value_or(own) : own;
   const bool isFolder = S_ISDIR(status.st_mode);
   if (isFolder != (kind == MovedEntry::Folder))
     throw systemFailure(isFolder ? EISDIR : ENOTDIR, "rename", source);
+  return own;
+}
+
+/// A folder (or a link to one) takes the place of nothing but a folder.
+void requireFolderOrNothing(const StorageIRI& destination, const std::string& path) {
+  if (const auto status = findLinkStatus(destination, path); status && !S_ISDIR(status->st_mode))
+    throw systemFailure(ENOTDIR, "rename", destination);
+}
+
+bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
+
+/// The folder that holds an entry.
+std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
+/// Whether two names are different entries for one file: rename(2) leaves both of them then.
+bool areHardLinks(const struct stat& source, const std::string& from, const std::string& to) {
+  struct stat destination;
+  if (source.st_nlink < 2 || lstat(to.c_str(), &destination) == -1 || !isSameFile(source, destination))
+    return false;
+  struct stat fromFolder, toFolder;
+  const bool known = stat(folderOf(from).c_str(), &fromFolder) == 0 && stat(folderOf(to).c_str(), &toFolder) == 0;
+  const bool sameName = from.substr(folderOf(from).size()) == to.substr(folderOf(to).size());
+  return known && !(sameName && isSameFile(fromFolder, toFolder));
 }
 
 /// For file systems without an exclusive rename. A file can be linked exclusively; a folder cannot, so
@@ -52,10 +81,19 @@ void moveEntry(const StorageIRI& source, const StorageIRI& destination, provider
                MovedEntry kind) {
   const auto from = nativePath(source);
   const auto to = nativePath(destination);
-  requireKind(source, from, kind);
-  const int result = preservesExisting(policy) ? renameExclusively(from, to, kind) : rename(from.c_str(), to.c_str());
-  if (result == -1)
-    throw systemFailure(errno, "rename", destination);
+  const auto status = requireKind(source, from, kind);
+  if (kind == MovedEntry::Folder && !preservesExisting(policy))
+    requireFolderOrNothing(destination, to);
+  if (preservesExisting(policy)) {
+    if (renameExclusively(from, to, kind) == -1)
+      throw systemFailure(errno, "rename", destination);
+  } else if (areHardLinks(status, from, to)) {
+    if (unlink(from.c_str()) == -1)
+      throw systemFailure(errno, "unlink", source);
+  } else if (rename(from.c_str(), to.c_str()) == -1) {
+    // On some systems a folder that is not empty "exists".
+    throw systemFailure(errno == EEXIST ? ENOTEMPTY : errno, "rename", destination);
+  }
 }
 
 }  // namespace foundation::storage::backend::local::detail

@@ -15,11 +15,18 @@ using provider::StorageIRI;
 
 namespace {
 
-void requireContent(const OpenFile& file, const StorageIRI& location) {
-  if (S_ISDIR(file.status.st_mode))
+void requireContent(const struct stat& status, const StorageIRI& location) {
+  if (S_ISDIR(status.st_mode))
     throw streamFailure<ByteStreamOpenFailure>(EISDIR, "open", location);
-  if (S_ISFIFO(file.status.st_mode) || S_ISSOCK(file.status.st_mode))
-    throw ByteStreamOpenFailure(streamMessage(location, "Is a pipe or a socket"), ErrorCode::InvalidLocation);
+  if (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode))
+    throw streamRefusal<ByteStreamOpenFailure>(ErrorCode::InvalidLocation, location, "This is a pipe or a socket");
+}
+
+/// Opening a pipe would already be felt at its other end.
+void requireNoPipe(const std::string& path, const StorageIRI& location) {
+  struct stat status;
+  if (stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode))
+    requireContent(status, location);
 }
 
 /// Opening does not wait; reading and writing a device does.
@@ -33,15 +40,16 @@ void makeBlocking(const OpenFile& file, const StorageIRI& location) {
 
 }  // namespace
 
-OpenFile openFile(const StorageIRI& location, int flags) {
+OpenFile openFile(const StorageIRI& location, int flags, mode_t mode) {
   const auto path = nativePath(location);
+  requireNoPipe(path, location);
   const int all = flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-  OpenFile file{Descriptor(retried([&] { return open(path.c_str(), all, 0666); })), {}};
+  OpenFile file{Descriptor(retried([&] { return open(path.c_str(), all, mode); })), {}};
   if (!file.descriptor.isOpen())
     throw streamFailure<ByteStreamOpenFailure>(errno, "open", location);
   if (fstat(file.descriptor.get(), &file.status) == -1)
     throw streamFailure<ByteStreamOpenFailure>(errno, "fstat", location);
-  requireContent(file, location);
+  requireContent(file.status, location);
   makeBlocking(file, location);
   return file;
 }

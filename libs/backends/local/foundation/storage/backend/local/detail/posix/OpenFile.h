@@ -15,7 +15,8 @@ struct OpenFile {
 
 /// Opens a file whose bytes can be read or written without waiting for somebody at the other end.
 /// Throws `ByteStreamOpenFailure`; for a folder, a pipe or a socket with `InvalidLocation`.
-/// @param flags  of open(2); close-on-exec is added. New files get the mode 0666 less the umask.
-OpenFile openFile(const provider::StorageIRI& location, int flags);
+/// @param flags  of open(2); close-on-exec is added
+/// @param mode   of a new file, less the umask
+OpenFile openFile(const provider::StorageIRI& location, int flags, mode_t mode = 0666);
 
 }  // namespace foundation::storage::backend::local::detail

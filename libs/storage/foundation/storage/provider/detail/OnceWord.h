@@ -5,9 +5,12 @@
 
 namespace foundation::storage::provider::detail {
 
-/// A hash value that is computed on the first request and kept, in one word. Concurrent first requests
-/// compute it once; a producer that throws leaves it uncomputed.
-class LazyHash {
+/// A word that is computed on the first request and kept. Concurrent first requests compute it once and
+/// all get the result; later ones take no lock. A producer that throws leaves it empty, so that the next
+/// request tries again. A producer must not ask for the word that it is computing.
+///
+/// Two of the 2^64 values serve as marks; a result that happens to be one of them is not kept.
+class OnceWord {
  public:
   template <class Producer>
   std::uint64_t get(const Producer& produce) const {
@@ -15,8 +18,10 @@ class LazyHash {
     return known > computing ? known : compute(produce);
   }
 
+  /// The word, or 0 where there is none. Not to be called while others may ask for it.
+  std::uint64_t peek() const noexcept { return word_.load(std::memory_order_acquire); }
+
  private:
-  // Two of the 2^64 values serve as marks. A hash that happens to be one of them is not kept.
   static constexpr std::uint64_t empty = 0;
   static constexpr std::uint64_t computing = 1;
 
@@ -35,9 +40,9 @@ class LazyHash {
   template <class Producer>
   std::uint64_t publish(const Producer& produce) const {
     try {
-      const std::uint64_t hash = produce();
-      leave(hash > computing ? hash : empty);
-      return hash;
+      const std::uint64_t word = produce();
+      leave(word > computing ? word : empty);
+      return word;
     } catch (...) {
       leave(empty);
       throw;
@@ -45,7 +50,7 @@ class LazyHash {
   }
 
   void leave(std::uint64_t word) const noexcept {
-    word_.store(word, std::memory_order_release);
+    word_.exchange(word, std::memory_order_release);
     word_.notify_all();
   }
 
