@@ -1,12 +1,8 @@
-#include "Content.h"
-
-#include "Arguments.h"
-#include "Output.h"
-#include "Report.h"
+#include <fstore/Content.h>
+#include <fstore/Refusal.h>
 
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
-#include <foundation/storage/provider/Exception.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,93 +12,83 @@
 
 namespace fstore {
 
-using namespace foundation::storage::provider;
+namespace provider = foundation::storage::provider;
+using provider::ByteStreamAppend;
+using provider::ByteStreamTruncate;
+using provider::ErrorCode;
+using provider::StorageItem;
 
 namespace {
 
-constexpr std::size_t bufferSize = 256 * 1024;
+constexpr std::size_t blockSize = 256 * 1024;
 
-/// Whether an open standard stream is the file itself, so that the one would never end, or be gone before
-/// it was read.
-bool isOpenAs(const StorageItem& file, int standardStream) {
+/// Whether a standard stream is the file itself: reading and writing it at once would never end, or empty
+/// it before it was read.
+void requireNotOpenAs(int standardStream, const StorageItem& file, const char16_t* reason) {
   struct stat stream, itself;
-  return fstat(standardStream, &stream) == 0 && S_ISREG(stream.st_mode) &&
-         stat(fl::i18n::to_string(file.getLocation().toUPath().string()).c_str(), &itself) == 0 &&
-         stream.st_dev == itself.st_dev && stream.st_ino == itself.st_ino;
+  const auto path = fl::i18n::to_string(file.getLocation().toUPath().string());
+  if (fstat(standardStream, &stream) == 0 && S_ISREG(stream.st_mode) && stat(path.c_str(), &itself) == 0 &&
+      stream.st_dev == itself.st_dev && stream.st_ino == itself.st_ino)
+    throw refusal(ErrorCode::InvalidLocation, file.getLocation(), reason);
 }
 
-void writeContent(const StorageItem& file, Output& output, Report& report) {
-  if (isOpenAs(file, STDOUT_FILENO))
-    return report.fail(file.getLocation(), ErrorCode::InvalidLocation, "The file is standard output itself");
+/// Reads up to `count` bytes of standard input.
+/// @return how many bytes were read, 0 at the end (and where `count` is 0)
+std::size_t readInput(char* buffer, std::size_t count, const StorageItem& target) {
+  for (;;) {
+    const auto got = ::read(STDIN_FILENO, buffer, count);
+    if (got >= 0)
+      return static_cast<std::size_t>(got);
+    if (errno != EINTR)
+      throw refusal(ErrorCode::IOError, target.getLocation(),
+                    u"Standard input cannot be read: " + fl::i18n::to_ustring(std::generic_category().message(errno)));
+  }
+}
+
+void writeAll(provider::ByteStream& stream, const char* data, std::size_t size) {
+  for (std::size_t done = 0; done < size;) {
+    const auto written = stream.write(data + done, static_cast<std::int64_t>(size - done));
+    if (written <= 0)
+      throw provider::ByteStreamWriteFailure(ErrorCode::IOError);
+    done += static_cast<std::size_t>(written);
+  }
+}
+
+void printFile(const StorageItem& file, std::string& buffer, Output& output) {
+  requireNotOpenAs(STDOUT_FILENO, file, u"The file is standard output itself");
   const auto stream = file.openReadOnlyStream();
-  std::vector<char> buffer(bufferSize);
-  while (!output.hasFailed()) {
+  for (;;) {
     const auto got = stream->read(buffer.data(), static_cast<std::int64_t>(buffer.size()));
     if (got <= 0)
       break;
     output.write({buffer.data(), static_cast<std::size_t>(got)});
+    output.flush();  // the file may be a device that gives its data bit by bit
   }
   stream->close();
 }
 
-/// @return the number of bytes, 0 at the end; -1 where standard input failed
-ssize_t readInput(std::vector<char>& buffer) {
-  ssize_t got = -1;
-  do {
-    got = read(STDIN_FILENO, buffer.data(), buffer.size());
-  } while (got == -1 && errno == EINTR);
-  return got;
-}
-
-void writeAll(ByteStream& stream, const char* data, std::int64_t size) {
-  while (size > 0) {
-    const auto written = stream.write(data, size);
-    if (written <= 0)
-      throw ByteStreamWriteFailure(ErrorCode::IOError);
-    data += written;
-    size -= written;
-  }
-}
-
-void readContent(const StorageItem& file, bool append, Report& report) {
-  if (isOpenAs(file, STDIN_FILENO))
-    return report.fail(file.getLocation(), ErrorCode::InvalidLocation, "The file is standard input itself");
+void putFile(const StorageItem& file, ByteStreamTruncate existing) {
+  requireNotOpenAs(STDIN_FILENO, file, u"The file is standard input itself");
+  std::string buffer(blockSize, '\0');
+  readInput(buffer.data(), 0, file);  // consumes nothing, but says whether reading can work
+  const bool keeps = existing == ByteStreamTruncate::PreserveExisting;
   const auto stream =
-      file.openStream({.truncate = append ? ByteStreamTruncate::PreserveExisting : ByteStreamTruncate::TruncateExisting,
-                       .append = append ? ByteStreamAppend::Append : ByteStreamAppend::Overwrite});
-  std::vector<char> buffer(bufferSize);
-  for (;;) {
-    const auto got = readInput(buffer);
-    if (got == -1)
-      report.fail("standard input", ErrorCode::IOError, std::generic_category().message(errno));
-    if (got <= 0)
-      break;
+      file.openStream({.truncate = existing, .append = keeps ? ByteStreamAppend::Append : ByteStreamAppend::Overwrite});
+  while (const auto got = readInput(buffer.data(), buffer.size(), file))
     writeAll(*stream, buffer.data(), got);
-  }
   stream->close();
 }
 
 }  // namespace
 
-int concatenate(const std::vector<std::string>& arguments) {
-  Report report("cat");
-  Output output;
-  for (const auto& argument : arguments)
-    report.attempt(argument, [&] {
-      const auto file = itemFor(argument);
-      report.attempt(file.getLocation(), [&] { writeContent(file, output, report); });
-    });
-  output.finish(report);
-  return report.exitCode();
+void printContent(const Session& session, const std::vector<std::string>& arguments) {
+  std::string buffer(blockSize, '\0');
+  session.forEach(arguments,
+                  [&](const StorageItem& file, const std::string&) { printFile(file, buffer, session.output); });
 }
 
-int put(const std::string& argument, bool append) {
-  Report report("put");
-  report.attempt(argument, [&] {
-    const auto file = itemFor(argument);
-    report.attempt(file.getLocation(), [&] { readContent(file, append, report); });
-  });
-  return report.exitCode();
+void putContent(const Session& session, const std::string& argument, ByteStreamTruncate existing) {
+  session.forEach({argument}, [&](const StorageItem& file, const std::string&) { putFile(file, existing); });
 }
 
 }  // namespace fstore

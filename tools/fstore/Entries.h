@@ -1,21 +1,22 @@
 #pragma once
 
+#include <foundation/storage/provider/StorageItem.h>
+
 #include <string>
 #include <vector>
 
 namespace fstore {
 
-/// The operations that change names. Each takes the command's arguments and returns its exit code.
+/// What walking a tree needs to know of an entry.
+struct Entry {
+  std::u16string name;
+  bool isFolder;  ///< or a link to one
+  bool isLink;
+};
 
-/// "SOURCE... TARGET" as `transferEach` takes them.
-/// @param noClobber  keeps what exists
-int move(const std::vector<std::string>& arguments, bool noClobber);
-
-/// Links are removed themselves, not what they lead to.
-/// @param recursive  removes folders, too, with all they hold
-int remove(const std::vector<std::string>& arguments, bool recursive);
-
-/// @param withParents  creates missing folders above, and takes an existing folder for done
-int makeFolders(const std::vector<std::string>& arguments, bool withParents);
+/// Appends all entries of `folder` to `entries`. They are collected before anything is done with them, so
+/// that a deep walk holds no listing open at each level, and so that removing or adding entries does not
+/// disturb the listing. Where listing fails halfway, what was found stays.
+void collectEntries(const foundation::storage::provider::StorageItem& folder, std::vector<Entry>& entries);
 
 }  // namespace fstore

@@ -1,160 +1,143 @@
-#include "Listing.h"
-
-#include "Arguments.h"
-#include "Output.h"
-#include "Report.h"
+#include <fstore/Listing.h>
+#include <fstore/Text.h>
 
 #include <fl/i18n/Convert.h>
-#include <foundation/storage/provider/Exception.h>
-
-#include <boost/date_time/gregorian/greg_date.hpp>
-#include <boost/date_time/posix_time/posix_time_duration.hpp>
 
 #include <algorithm>
-#include <cstdio>
-#include <optional>
-#include <sstream>
+#include <exception>
+#include <functional>
+#include <utility>
 
 namespace fstore {
 
-using namespace foundation::storage::provider;
+namespace provider = foundation::storage::provider;
+using provider::FolderEntry;
+using provider::StorageItem;
 
 namespace {
 
-/// A line of a listing, and what it is sorted by.
-struct Line {
-  std::u16string name;
-  std::string text;
-};
+constexpr std::size_t sizeWidth = 12;
+constexpr std::size_t timeWidth = 19;
 
-std::string timeText(const boost::posix_time::ptime& time) {
-  if (time.is_special())
-    return "-                  ";
-  const auto date = time.date().year_month_day();
-  const auto clock = time.time_of_day();
-  char text[64];
-  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", static_cast<int>(date.year),
-                static_cast<int>(date.month), static_cast<int>(date.day), static_cast<int>(clock.hours()),
-                static_cast<int>(clock.minutes()), static_cast<int>(clock.seconds()));
-  return text;
+/// Attributes may be asked of the store only now, when the entry may be gone.
+template <class Question>
+char flag(const Question& question, char yes) {
+  try {
+    return question() ? yes : '-';
+  } catch (const std::exception&) {
+    return '?';
+  }
 }
 
-std::string nameText(const std::u16string& name) {
-  const auto bytes = fl::i18n::to_string(name);
-  return Output::isTerminal() ? printable(bytes) : bytes;
-}
-
-/// Type, link, writable, size, time and name.
 template <class Attributes>
-std::string detailedText(char type, const std::optional<Attributes>& attributes, const std::string& size,
-                         const std::u16string& name) {
-  std::string text(1, type);
-  text.push_back(attributes && attributes->isSymlink() ? 'l' : '-');
-  text.push_back(attributes && attributes->isWritable() ? 'w' : '-');
-  text.append(size.size() < 14 ? 14 - size.size() : 1, ' ').append(size).append(" ");
-  text.append(attributes ? timeText(attributes->getLastModified()) : "?                  ");
-  return text.append(" ").append(nameText(name));
+std::string details(char type, const Attributes& attributes, const std::string& size) {
+  const char shownType = flag([&] { return attributes.isSymlink(); }, 'l');
+  std::string line{shownType == '-' ? type : shownType, flag([&] { return attributes.isWritable(); }, 'w'), ' '};
+  line.append(sizeWidth - std::min(sizeWidth, size.size()), ' ').append(size).append(1, ' ');
+  const auto time = timeText(attributes.getLastModified());
+  return line.append(time).append(timeWidth - std::min(timeWidth, time.size()) + 1, ' ');
 }
 
-std::string detailedText(const FolderEntry& entry) {
-  if (!entry.isFile())
-    return detailedText('d', entry.getFolderAttributes(), "-", entry.getName());
-  const auto& attributes = entry.getFileAttributes();
-  const bool sizeIsKnown = attributes && attributes->hasSizeAttribute();
-  return detailedText('-', attributes, sizeIsKnown ? std::to_string(attributes->getSize()) : "?", entry.getName());
+/// Of an entry that cannot be looked at.
+provider::FileAttributes unknownAttributes() {
+  const std::function<bool()> unknown = []() -> bool { throw std::exception(); };
+  return {std::nullopt, boost::posix_time::not_a_date_time, unknown};
+}
+
+std::string details(const FolderEntry& entry) {
+  if (const auto& file = entry.getFileAttributes())
+    return details('-', *file, file->hasSizeAttribute() ? std::to_string(file->getSize()) : "?");
+  if (const auto& folder = entry.getFolderAttributes())
+    return details('d', *folder, "-");
+  return details(entry.isFile() ? '-' : 'd', unknownAttributes(), "?");
 }
 
 bool isHidden(const FolderEntry& entry) {
-  if (entry.getFileAttributes())
-    return entry.getFileAttributes()->isHidden();
-  if (entry.getFolderAttributes())
-    return entry.getFolderAttributes()->isHidden();
+  if (const auto& file = entry.getFileAttributes())
+    return flag([&] { return file->isHidden(); }, 'h') == 'h';
+  if (const auto& folder = entry.getFolderAttributes())
+    return flag([&] { return folder->isHidden(); }, 'h') == 'h';
   return entry.getName().starts_with(u'.');
 }
 
-void print(Output& output, Line& line) {
-  line.text.push_back('\n');
-  output.write(line.text);
+/// The entry that a file, or a link that leads nowhere, would be in a listing of its folder.
+FolderEntry entryOf(const StorageItem& item, std::u16string name) {
+  if (item.existsExtended() == provider::ExistenceTypeExtended::BrokenSymlink)
+    return {std::move(name), unknownAttributes().withSymlinkStatusAttribute(true)};
+  return {std::move(name), item.getFileAttributes()};
 }
 
-Line lineOf(const FolderEntry& entry, const ListOptions& options) {
-  return {entry.getName(), options.withDetails ? detailedText(entry) : nameText(entry.getName())};
-}
+class Lister {
+ public:
+  Lister(const Session& session, const ListingOptions& options)
+      : report_(session.report), output_(session.output), options_(options), escapes_(output_.isTerminal()) {}
 
-void listFolder(const StorageItem& folder, const ListOptions& options, Output& output) {
-  std::vector<Line> lines;
-  const auto entries = options.withDetails ? folder.listAll(u"") : folder.listAllNamesOnly(u"");
-  while (entries->hasNext() && !output.hasFailed()) {
-    entries->next();
-    const auto entry = entries->current();
-    if (isHidden(entry) && !options.withHidden)
-      continue;
-    auto line = lineOf(entry, options);
-    if (options.unsorted)
-      print(output, line);
-    else
-      lines.push_back(std::move(line));
+  void printEntry(const FolderEntry& entry) const { output_.write(lineFor(entry)); }
+
+  void printFolder(const StorageItem& folder) const {
+    std::vector<std::pair<std::u16string, std::string>> lines;
+    // What was found before a failure is shown nevertheless.
+    report_.attempt(folder.getLocation(), [&] {
+      forEachShown(folder, [&](const FolderEntry& entry) {
+        if (options_.sorted)
+          lines.emplace_back(entry.getName(), lineFor(entry));
+        else
+          printEntry(entry);
+      });
+    });
+    std::sort(lines.begin(), lines.end());
+    for (const auto& line : lines)
+      output_.write(line.second);
   }
-  std::sort(lines.begin(), lines.end(), [](const Line& a, const Line& b) { return a.name < b.name; });
-  for (auto& line : lines)
-    print(output, line);
-}
 
-void listOne(const StorageItem& item, const ListOptions& options, Output& output) {
-  if (item.exists() != ExistenceType::AsFile)
-    return listFolder(item, options, output);
-  auto line = lineOf(FolderEntry(item.getName(), item.getFileAttributes()), options);
-  print(output, line);
-}
+  void printHeading(const std::string& argument) const { output_.write(shown(fl::i18n::to_ustring(argument)) + ":\n"); }
 
-template <class Attributes>
-std::string attributesText(const Attributes& attributes) {
-  const auto yesOrNo = [](bool value) { return value ? "yes" : "no"; };
-  std::ostringstream text;
-  text << "Modified: " << timeText(attributes.getLastModified()) << " UTC\n"
-       << "Writable: " << yesOrNo(attributes.isWritable()) << "\n"
-       << "Hidden:   " << yesOrNo(attributes.isHidden()) << "\n"
-       << "Link:     " << yesOrNo(attributes.isSymlink()) << "\n";
-  return text.str();
-}
-
-std::string description(const StorageItem& item) {
-  const auto type = item.existsExtended();
-  if (type == ExistenceTypeExtended::None)
-    item.getFileAttributes();  // fails, and says why
-  std::ostringstream text;
-  text << "Location: " << item.getLocation() << "\nType:     " << type << "\n";
-  if (type == ExistenceTypeExtended::BrokenSymlink)
-    return text.str();
-  if (item.folderExists()) {
-    text << attributesText(item.getFolderAttributes());
-  } else {
-    const auto attributes = item.getFileAttributes();
-    if (attributes.hasSizeAttribute())
-      text << "Size:     " << attributes.getSize() << " bytes\n";
-    text << attributesText(attributes);
+ private:
+  template <class Use>
+  void forEachShown(const StorageItem& folder, const Use& use) const {
+    const auto listing = options_.withDetails ? folder.listAll(u"") : folder.listAllNamesOnly(u"");
+    while (listing->hasNext()) {
+      listing->next();
+      const auto entry = listing->current();
+      if (options_.withHidden || !isHidden(entry))
+        use(entry);
+    }
   }
-  return text.str();
-}
+
+  std::string lineFor(const FolderEntry& entry) const {
+    return (options_.withDetails ? details(entry) : std::string()) + shown(entry.getName()) + '\n';
+  }
+
+  /// A name may hold commands for a terminal; programs get it as it is.
+  std::string shown(const std::u16string& name) const { return escapes_ ? printable(name) : fl::i18n::to_string(name); }
+
+  Report& report_;
+  Output& output_;
+  ListingOptions options_;
+  bool escapes_;
+};
 
 }  // namespace
 
-int list(const std::vector<std::string>& arguments, const ListOptions& options) {
-  Report report("ls");
-  Output output;
-  for (const auto& argument : arguments)
-    report.attempt(argument, [&] { listOne(itemFor(argument), options, output); });
-  output.finish(report);
-  return report.exitCode();
-}
-
-int describe(const std::vector<std::string>& arguments) {
-  Report report("stat");
-  Output output;
-  for (const auto& argument : arguments)
-    report.attempt(argument, [&] { output.write(description(itemFor(argument))); });
-  output.finish(report);
-  return report.exitCode();
+void list(const Session& session, const std::vector<std::string>& arguments, const ListingOptions& options) {
+  const Lister lister(session, options);
+  std::vector<std::pair<std::string, StorageItem>> folders;
+  bool hasPrinted = false;
+  session.forEach(arguments, [&](const StorageItem& item, const std::string& argument) {
+    if (item.folderExists()) {
+      folders.emplace_back(argument, item);
+      return;
+    }
+    lister.printEntry(entryOf(item, fl::i18n::to_ustring(argument)));
+    hasPrinted = true;
+  });
+  for (const auto& [argument, folder] : folders) {
+    if (std::exchange(hasPrinted, true))
+      session.output.write("\n");
+    if (arguments.size() > 1)
+      lister.printHeading(argument);
+    lister.printFolder(folder);
+  }
 }
 
 }  // namespace fstore

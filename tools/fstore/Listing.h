@@ -1,19 +1,20 @@
 #pragma once
 
+#include <fstore/Session.h>
+
 #include <string>
 #include <vector>
 
 namespace fstore {
 
-struct ListOptions {
+struct ListingOptions {
   bool withDetails = false;
   bool withHidden = false;
-  bool unsorted = false;  ///< as the store gives them, each printed as it comes
+  bool sorted = true;  ///< by code units; otherwise in the store's order, each entry as soon as it is known
 };
 
-/// The operations that print what is known of files and folders. Each takes the command's arguments and
-/// returns its exit code.
-int list(const std::vector<std::string>& arguments, const ListOptions& options);
-int describe(const std::vector<std::string>& arguments);
+/// Lists the entries of folders, and files themselves. With several arguments the files come first, then
+/// the folders, each under a line with its argument.
+void list(const Session& session, const std::vector<std::string>& arguments, const ListingOptions& options);
 
 }  // namespace fstore

@@ -1,27 +1,41 @@
-#include "Output.h"
-
-#include <unistd.h>
+#include <fstore/Output.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <system_error>
+#include <unistd.h>
+#include <utility>
 
 namespace fstore {
+namespace {
 
-void Output::write(std::string_view bytes) noexcept {
-  if (error_ == 0 && std::fwrite(bytes.data(), 1, bytes.size(), stdout) != bytes.size())
-    error_ = errno;
+constexpr std::size_t bufferSize = 64 * 1024;
+
+void writeAll(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto written = ::write(STDOUT_FILENO, bytes.data(), bytes.size());
+    if (written > 0)
+      bytes.remove_prefix(static_cast<std::size_t>(written));
+    else if (written == 0 || errno != EINTR)
+      throw OutputFailure(written == 0 ? ENOSPC : errno);
+  }
 }
 
-void Output::finish(Report& report) noexcept {
-  using foundation::storage::provider::ErrorCode;
-  if (std::fflush(stdout) != 0 && error_ == 0)
-    error_ = errno;
-  if (error_ != 0)
-    report.fail("standard output", error_ == ENOSPC ? ErrorCode::NoSpaceLeft : ErrorCode::IOError,
-                std::generic_category().message(error_));
+}  // namespace
+
+void Output::write(std::string_view bytes) {
+  if (buffer_.size() + bytes.size() > bufferSize)
+    flush();
+  if (bytes.size() >= bufferSize)
+    writeAll(bytes);
+  else
+    buffer_.append(bytes);
 }
 
-bool Output::isTerminal() noexcept { return isatty(STDOUT_FILENO) == 1; }
+void Output::flush() {
+  // Emptied first: after a failure nothing is written twice.
+  const auto bytes = std::exchange(buffer_, {});
+  writeAll(bytes);
+}
+
+bool Output::isTerminal() const { return isatty(STDOUT_FILENO) == 1; }
 
 }  // namespace fstore

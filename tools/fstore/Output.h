@@ -1,29 +1,29 @@
 #pragma once
 
-#include "Report.h"
-
-#include <cstddef>
+#include <string>
 #include <string_view>
+#include <system_error>
 
 namespace fstore {
 
-/// Standard output, written in large pieces and checked: a full disk behind it is a failure of the
-/// command.
+/// Standard output could not be written. It ends the command: nobody would see the rest.
+class OutputFailure : public std::system_error {
+ public:
+  explicit OutputFailure(int error) : std::system_error(error, std::generic_category()) {}
+};
+
+/// Standard output, buffered, with every failure noticed. Whoever is done calls `flush()`: destroying it
+/// drops what is still buffered.
 class Output {
  public:
-  void write(std::string_view bytes) noexcept;
+  /// Throws `OutputFailure`; so does `flush()`.
+  void write(std::string_view bytes);
+  void flush();
 
-  /// To be called at the end; what could not be written is reported.
-  void finish(Report& report) noexcept;
-
-  /// Whether somebody reads it on a terminal.
-  static bool isTerminal() noexcept;
-
-  /// Whether writing failed, so that more of it is pointless.
-  bool hasFailed() const noexcept { return error_ != 0; }
+  bool isTerminal() const;
 
  private:
-  int error_ = 0;
+  std::string buffer_;
 };
 
 }  // namespace fstore

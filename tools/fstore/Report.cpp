@@ -1,20 +1,25 @@
-#include "Report.h"
+#include <fstore/Report.h>
+#include <fstore/Stores.h>
+#include <fstore/Text.h>
 
 #include <fl/i18n/Convert.h>
-#include <foundation/network/IRISyntaxException.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/Exception.h>
 
-#include <cstdio>
+#include <cerrno>
+#include <exception>
+#include <new>
 #include <sstream>
+#include <unistd.h>
 
 namespace fstore {
 
-using namespace foundation::storage::provider;
+namespace provider = foundation::storage::provider;
+using provider::ErrorCode;
 
 namespace {
 
-/// "ResourceNotFound" and the like.
+/// The enumerator's bare name.
 std::string nameOf(ErrorCode code) {
   std::ostringstream text;
   text << code;
@@ -22,96 +27,92 @@ std::string nameOf(ErrorCode code) {
   return name.substr(name.rfind(':') + 1);
 }
 
-/// For failures of which nobody said more than the code.
-const char* wordsFor(ErrorCode code) {
+/// For failures about which the store said nothing more.
+std::u16string sentenceFor(ErrorCode code) {
   switch (code) {
     case ErrorCode::FolderNotEmpty:
-      return "The folder is not empty";
+      return u"The folder is not empty";
     case ErrorCode::InvalidLocation:
-      return "Nothing of the kind can be there";
+      return u"The location cannot name what is needed here";
     case ErrorCode::PermissionDenied:
-      return "Permission denied";
+      return u"Permission denied";
     case ErrorCode::ResourceAlreadyExists:
-      return "There is something already";
+      return u"Something is already there";
     case ErrorCode::ResourceNotFound:
-      return "There is nothing";
+      return u"Nothing is there";
+    case ErrorCode::FileTooLarge:
+      return u"The file is too large";
+    case ErrorCode::ResourceInUse:
+      return u"It is in use";
     case ErrorCode::ReadOnlyProvider:
-      return "The store is read-only";
+      return u"The store cannot be written to";
     case ErrorCode::NoSpaceLeft:
-      return "The store is full";
+      return u"No space is left";
+    case ErrorCode::IOError:
+      return u"Reading or writing failed";
+    case ErrorCode::InternalError:
+      return u"The store ran into an internal failure";
     case ErrorCode::UnsupportedOperation:
-      return "The store cannot do that";
-    default:
-      return "The store failed";
+      return u"The store has no such operation";
+    case ErrorCode::Unknown:
+      break;
   }
+  return u"The store did not say why";
 }
 
-/// What the back end said, if anything.
 template <class Failure>
-std::string reasonOf(const Failure& failure) {
+std::u16string reasonOf(const Failure& failure) {
   if (const auto context = failure.topExceptionContext())
     if (const auto info = context->getExceptionContextInfo(); info && !info->getProviderMessage().empty())
-      return fl::i18n::to_string(info->getProviderMessage());
-  return wordsFor(failure.getErrorCode());
+      return info->getProviderMessage();
+  return sentenceFor(failure.getErrorCode());
 }
 
-/// The location that a stream's failure names, or else `subject`.
-std::string locationOf(const ByteStreamFailure& failure, const std::string& subject) {
-  if (const auto context = failure.topExceptionContext())
-    if (const auto info = context->getExceptionContextInfo()) {
-      const auto details = info->getAdditionalInformation();
-      if (const auto location = details.find(u"location"); location != details.end())
-        return fl::i18n::to_string(location->second);
-    }
-  return subject;
+/// The location of which a store told in a stream's failure, or else `where`.
+std::u16string locationOf(const provider::ByteStreamFailure& failure, const std::u16string& where) {
+  const auto context = failure.topExceptionContext();
+  const auto info = context ? context->getExceptionContextInfo() : std::nullopt;
+  const auto details =
+      info ? info->getAdditionalInformation() : provider::ExceptionContextInfo::AdditionalInformation();
+  const auto location = details.find(u"location");
+  return location != details.end() ? location->second : where;
+}
+
+void writeToStandardError(std::string_view line) {
+  while (!line.empty()) {
+    const auto written = ::write(STDERR_FILENO, line.data(), line.size());
+    if (written > 0)
+      line.remove_prefix(static_cast<std::size_t>(written));
+    else if (errno != EINTR)
+      return;  // there is nobody left to tell
+  }
 }
 
 }  // namespace
 
-bool Report::attempt(const std::string& subject, const std::function<void()>& action) {
+void Report::failure(std::u16string_view where, ErrorCode code, std::u16string_view reason) {
+  hasFailures_ = true;
+  // In one piece, so that lines of programs that run side by side do not mix.
+  writeToStandardError("fstore " + operation_ + ": " + printable(where) + ": " + nameOf(code) + ": " +
+                       printable(reason) + "\n");
+}
+
+void Report::current(const std::string& argument) { current(fl::i18n::to_ustring(argument)); }
+
+void Report::current(const std::u16string& where) {
   try {
-    action();
-    return true;
-  } catch (const Exception& failure) {
-    fail(failure.getStorageIRI(), failure.getErrorCode(), reasonOf(failure));
-  } catch (const ByteStreamFailure& failure) {
-    fail(locationOf(failure, subject), failure.getErrorCode(), reasonOf(failure));
-  } catch (const foundation::network::IRISyntaxException& failure) {
-    fail(subject, ErrorCode::InvalidLocation,
-         "at offset " + std::to_string(failure.getOffset()) + ", " + failure.getReason());
+    throw;
+  } catch (const provider::Exception& failed) {
+    failure(failed.getStorageIRI().toString(), failed.getErrorCode(), reasonOf(failed));
+  } catch (const provider::ByteStreamFailure& failed) {
+    failure(locationOf(failed, where), failed.getErrorCode(), reasonOf(failed));
+  } catch (const ArgumentFailure& failed) {
+    failure(where, ErrorCode::InvalidLocation, fl::i18n::to_ustring(failed.what()));
   } catch (const std::bad_alloc&) {
-    fail(subject, ErrorCode::InternalError, "Out of memory");
-  } catch (const std::exception& failure) {
-    fail(subject, ErrorCode::InvalidLocation, failure.what());
+    failure(where, ErrorCode::InternalError, u"Out of memory");
+  } catch (const std::exception& failed) {
+    failure(where, ErrorCode::Unknown, fl::i18n::to_ustring(failed.what()));
   }
-  return false;
-}
-
-bool Report::attempt(const StorageIRI& subject, const std::function<void()>& action) {
-  return attempt(fl::i18n::to_string(subject.toString()), action);
-}
-
-void Report::fail(const std::string& subject, ErrorCode code, const std::string& reason) {
-  hasFailed_ = true;
-  const auto line = "fstore " + operation_ + ": " + printable(subject) + ": " + nameOf(code) + ": " + printable(reason);
-  std::fprintf(stderr, "%s\n", line.c_str());
-}
-
-void Report::fail(const StorageIRI& subject, ErrorCode code, const std::string& reason) {
-  fail(fl::i18n::to_string(subject.toString()), code, reason);
-}
-
-std::string printable(const std::string& text) {
-  constexpr char digits[] = "0123456789abcdef";
-  std::string out;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F)
-      out.append({'\\', 'x', digits[byte >> 4], digits[byte & 15]});
-    else
-      out.push_back(c);
-  }
-  return out;
 }
 
 }  // namespace fstore

@@ -1,40 +1,55 @@
 #pragma once
 
+#include <fstore/Output.h>
+
 #include <foundation/storage/provider/ErrorCode.h>
 #include <foundation/storage/provider/StorageIRI.h>
 
-#include <functional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace fstore {
 
-/// What went wrong in one operation of the command. Each failure is one line on standard error:
+/// What went wrong in one run of the command: a line each on standard error,
 ///
-///     fstore cat: file:///nope: ResourceNotFound: No such file or directory
+///     fstore OPERATION: LOCATION: CODE: REASON
+///
+/// and whether anything did.
 class Report {
  public:
-  /// @param operation  as the user typed it, "cat" for instance
   explicit Report(std::string operation) : operation_(std::move(operation)) {}
 
-  /// Runs `action`. A failure is reported, at the location that it names or else at `subject`.
-  /// @param subject  the text of a location, or an argument that is none
-  /// @return whether the action succeeded
-  bool attempt(const std::string& subject, const std::function<void()>& action);
-  bool attempt(const foundation::storage::provider::StorageIRI& subject, const std::function<void()>& action);
+  bool hasFailures() const { return hasFailures_; }
 
-  void fail(const std::string& subject, foundation::storage::provider::ErrorCode code, const std::string& reason);
-  void fail(const foundation::storage::provider::StorageIRI& subject, foundation::storage::provider::ErrorCode code,
-            const std::string& reason);
+  /// Does `work`, and reports what it throws, so that the command can go on with the next item.
+  /// `OutputFailure` passes through.
+  /// @param where  the item being worked on, named where the failure names none: a location, or an
+  ///               argument as it was typed
+  /// @return whether all went well
+  template <class Where, class Work>
+  bool attempt(const Where& where, const Work& work) {
+    try {
+      work();
+      return true;
+    } catch (const OutputFailure&) {
+      throw;
+    } catch (...) {
+      current(where);
+      return false;
+    }
+  }
 
-  /// 0, or 1 where anything failed.
-  int exitCode() const { return hasFailed_ ? 1 : 0; }
+  void failure(std::u16string_view where, foundation::storage::provider::ErrorCode code, std::u16string_view reason);
 
  private:
-  std::string operation_;
-  bool hasFailed_ = false;
-};
+  /// Reports the exception being handled.
+  void current(const foundation::storage::provider::StorageIRI& where) { current(where.toString()); }
+  void current(const std::string& argument);
+  void current(const std::u16string& where);
 
-/// `text` with control characters spelt out, so that it stays on one line and cannot steer a terminal.
-std::string printable(const std::string& text);
+  std::string operation_;
+  bool hasFailures_ = false;
+};
 
 }  // namespace fstore

@@ -1,30 +1,58 @@
-#include "Target.h"
+#include <fstore/Refusal.h>
+#include <fstore/Target.h>
 
-#include "Arguments.h"
-
-#include <span>
+#include <utility>
 
 namespace fstore {
 
-using namespace foundation::storage::provider;
+namespace provider = foundation::storage::provider;
+using provider::ErrorCode;
+using provider::StorageIRI;
+using provider::StorageItem;
 
-void transferEach(const std::vector<std::string>& arguments, Report& report,
-                  const std::function<void(const StorageItem&, const StorageItem&)>& transfer) {
-  report.attempt(arguments.back(), [&] {
-    const auto target = itemFor(arguments.back());
-    const bool isFolder = target.folderExists();
-    if (!isFolder && arguments.back().ends_with('/'))
-      return report.fail(target.getLocation(), ErrorCode::ResourceNotFound, "There is no such folder");
-    const auto sources = std::span(arguments).first(arguments.size() - 1);
-    if (sources.size() > 1 && !isFolder)
-      return report.fail(target.getLocation(), ErrorCode::InvalidLocation, "Several sources need a folder to go into");
-    for (const auto& argument : sources)
-      report.attempt(argument, [&] {
-        const auto source = itemFor(argument);
-        const auto named = isFolder ? StorageItem(target, source.getName()) : target;
-        report.attempt(source.getLocation(), [&] { transfer(source, named); });
-      });
-  });
+namespace {
+
+bool isNameless(const StorageItem& item) {
+  const auto name = item.getName();
+  return name == u"." || name == u".." || !item.hasParent();
+}
+
+}  // namespace
+
+Target::Target(StorageItem item, const std::string& argument, std::size_t sourceCount)
+    : item_(std::move(item)), isFolder_(item_.folderExists()) {
+  if (sourceCount > 1 && !isFolder_)
+    throw refusal(ErrorCode::InvalidLocation, item_.getLocation(), u"Several sources need an existing folder");
+  if (argument.ends_with('/') && !isFolder_)
+    throw refusal(ErrorCode::ResourceNotFound, item_.getLocation(), u"There is no such folder");
+}
+
+StorageItem Target::placeFor(const StorageItem& source) {
+  if (!isFolder_)
+    return item_;
+  // "a/.." is no name to be given to anything: the folder's own name is.
+  const auto named = isNameless(source) ? source.getCanonicalLocation() : source.getLocation();
+  if (!named.hasParent())
+    throw refusal(ErrorCode::InvalidLocation, named, u"The root has no name to go by in another folder");
+  StorageItem place(item_, named.getName());
+  if (!taken_.insert(place.getLocation()).second)
+    throw refusal(ErrorCode::ResourceAlreadyExists, place.getLocation(), u"Another source was just put there");
+  return place;
+}
+
+StorageIRI entryLocation(const StorageItem& item) {
+  if (isNameless(item))
+    return item.getCanonicalLocation();
+  return {item.getParent().getCanonicalLocation(), item.getName()};
+}
+
+StorageIRI writtenLocation(const StorageItem& item) {
+  const bool isThere = item.exists() != provider::ExistenceType::AsNeither;
+  return isThere ? item.getCanonicalLocation() : entryLocation(item);
+}
+
+bool contains(const StorageIRI& folder, const StorageIRI& location) {
+  return folder == location || folder.isAncestorOf(location);
 }
 
 }  // namespace fstore

@@ -1,21 +1,40 @@
 #pragma once
 
-#include "Report.h"
-
 #include <foundation/storage/provider/StorageItem.h>
 
-#include <functional>
+#include <cstddef>
+#include <set>
 #include <string>
-#include <vector>
 
 namespace fstore {
 
-/// Handles the arguments of commands that take something from one place to another: "SOURCE... TARGET".
-/// Where the target is a folder, each source goes into it under its own name; otherwise there may be one
-/// source only, and the target is what it will be called. `transfer` is run for each source, and its
-/// failures are reported.
-void transferEach(const std::vector<std::string>& arguments, Report& report,
-                  const std::function<void(const foundation::storage::provider::StorageItem& source,
-                                           const foundation::storage::provider::StorageItem& target)>& transfer);
+/// Where `cp` and `mv` put things: under the names that their sources have in an existing folder, or at
+/// exactly the location that was given.
+class Target {
+ public:
+  /// Throws `Exception` where several sources are to go to one place that is no folder, or where the argument
+  /// ends in '/' and no folder is there.
+  Target(foundation::storage::provider::StorageItem item, const std::string& argument, std::size_t sourceCount);
+
+  /// The place for `source`. Throws `Exception` where it has been given to another source: the second
+  /// would destroy what came from the first.
+  foundation::storage::provider::StorageItem placeFor(const foundation::storage::provider::StorageItem& source);
+
+ private:
+  foundation::storage::provider::StorageItem item_;
+  bool isFolder_;
+  std::set<foundation::storage::provider::StorageIRI> taken_;
+};
+
+/// The location of the very entry, which need not exist, in the canonical form of its folder; a link is
+/// not followed. Throws as `StorageItem::getCanonicalLocation` does where that folder is missing.
+foundation::storage::provider::StorageIRI entryLocation(const foundation::storage::provider::StorageItem& item);
+
+/// Where what is written at `item` ends up: its canonical location, where it exists.
+foundation::storage::provider::StorageIRI writtenLocation(const foundation::storage::provider::StorageItem& item);
+
+/// Whether `location` is `folder` or lies in it, both in canonical form.
+bool contains(const foundation::storage::provider::StorageIRI& folder,
+              const foundation::storage::provider::StorageIRI& location);
 
 }  // namespace fstore

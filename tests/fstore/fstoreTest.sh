@@ -1,0 +1,587 @@
+#!/usr/bin/env bash
+# Drives fstore as a person at a shell does, in a folder of its own, and prints what is not as it should be.
+# Usage: fstoreTest.sh FSTORE
+set -u
+export LC_ALL=C.UTF-8 # names are bytes all the same
+fstore=$(realpath -- "${1:?the path of fstore is missing}")
+readonly fstore
+readonly limit=(timeout 20) # nothing here may hang,
+ulimit -f 102400            # or fill the disk
+
+work=$(TMPDIR=/tmp mktemp -d -t fstore-test.XXXXXXXX) && work=$(realpath -- "$work") || exit 1
+trap 'chmod -R u+rwx -- "$work"; rm -rf -- "$work"' EXIT
+readonly here=file://$work/files
+fresh() { # goes to an empty folder
+  cd "$work" && mkdir -p files && chmod -R u+rwx files && rm -rf files && mkdir files && cd files || exit 1
+}
+fresh
+
+# --- checks -----------------------------------------------------------------------------------------
+
+checks=0
+failures=0
+complain() { # complain TEXT: also says in which line the test stands
+  ((failures++))
+  printf 'line %s: %s\n' "${BASH_LINENO[-2]}" "$*" >&2
+}
+same() { # same EXPECTED FOUND WHAT
+  ((checks++))
+  [[ $1 == "$2" ]] || complain "$(printf '%s: expected %q, found %q' "$3" "$1" "$2")"
+}
+through=() # a command that starts fstore
+run() {    # run ARGUMENT...: runs fstore; leaves its exit code and what it printed
+  "${limit[@]}" "${through[@]}" "$fstore" "$@" >"$work/out" 2>"$work/err"
+  code=$?
+  out=$(tr '\0' '?' <"$work/out")
+  err=$(<"$work/err")
+}
+ok() { # ok ARGUMENT...: succeeds without a word on standard error
+  run "$@"
+  same "0 " "$code $err" "fstore $*"
+}
+prints() { # prints TEXT ARGUMENT...
+  local expected=$1
+  shift
+  ok "$@"
+  same "$expected" "$out" "what fstore $* prints"
+}
+# fails LINES ARGUMENT...: fails with these errors, in any order. A line that ends in "*" may go on.
+fails() {
+  local wanted=$1 line index problem=
+  shift
+  run "$@"
+  mapfile -t found <"$work/err"
+  while IFS= read -r line; do
+    line="fstore $1: $line"
+    for index in "${!found[@]}"; do
+      if [[ ${found[index]} == "$line" || ($line == *\* && ${found[index]} == "${line%\*}"?*) ]]; then
+        unset "found[index]"
+        continue 2
+      fi
+    done
+    problem=$line
+  done <<<"$wanted"
+  ((checks++))
+  [[ $code == 1 && -z $problem && ${#found[@]} == 0 ]] ||
+    complain "fstore $*: expected exit code 1 and <$wanted>, found $code and <$err>"
+}
+fails_with() { # fails_with CODE_AND_REASON ARGUMENT...: with one error, at some location in this test's folder
+  local wanted=$1
+  shift
+  run "$@"
+  ((checks++))
+  [[ $code == 1 && $err == "fstore $1: $here"*": $wanted" && $err != *$'\n'* ]] ||
+    complain "fstore $*: expected exit code 1 and <$wanted>, found $code and <$err>"
+}
+misused() { # misused ARGUMENT...: the usage on standard error
+  run "$@"
+  same "2 " "$code $out" "fstore $*"
+  [[ $err == *"Usage: fstore "* ]] || complain "fstore $*: no usage in <$err>"
+}
+holds() { # holds FILE TEXT
+  same "$2" "$(cat -- "$1" 2>&1)" "content of $1"
+}
+absent() {
+  ((checks++))
+  [[ ! -e $1 && ! -L $1 ]] || complain "$1 is there"
+}
+same_tree() { # same_tree FOLDER FOLDER
+  same "" "$(diff -r -- "$1" "$2" 2>&1)" "difference of $1 and $2"
+}
+skipped() { printf 'skipped: %s\n' "$*"; }
+
+# --- usage ------------------------------------------------------------------------------------------
+
+while read -ra arguments; do misused "${arguments[@]}"; done <<'TABLE'
+
+nonsense
+--nonsense
+ls --nonsense
+ls -l=maybe
+stat
+cat
+cat -x file
+put
+put a b
+cp a
+cp -n -- a
+mv a
+rm -r
+mkdir -p --
+TABLE
+run --help
+same "0 " "$code $err" "--help"
+[[ $out == *mkdir* ]] || complain "--help names no operations"
+run cp nowhere --help
+same "0 " "$code $err" "cp --help"
+[[ $out == *"[-n] SOURCE... DESTINATION"* ]] || complain "cp --help shows no usage"
+run --version
+[[ $code == 0 && $out =~ ^fstore\ [0-9]+\.[0-9]+\.[0-9]+$ ]] || complain "--version prints <$out>"
+
+# --- any name goes in and comes out -----------------------------------------------------------------
+
+names=('100%' 'a#b?c' 'a b' 'ä€😀' '..x' 'a!b' '[x]' $'\xff\xfe' '{}' '%%' '++' '-n' 'ls' 'a:b' 'C:' ' ' $'\\'
+  $'two\nlines' "$(printf 'n%.0s' {1..255})")
+mkdir tree moved
+for name in "${names[@]}"; do
+  ok put "tree/$name" <<<"content of $name"
+  holds "tree/$name" "content of $name"
+  ok stat "tree/$name"
+  location=$(sed -n 's/^Location: //p' <<<"$out")
+  prints "content of $name" cat "$location"
+  prints "tree/$name" ls "tree/$name"
+  ok cp "tree/$name" moved
+  ok mv "moved/$name" "./$name"
+  absent "moved/$name"
+  holds "./$name" "content of $name"
+  ok rm -- "./$name"
+  absent "./$name"
+done
+ok ls -a tree
+same "$(printf '%s\n' "${names[@]}" | sort)" "$(sort "$work/out")" "names in a listing"
+ok cp tree copy
+same_tree tree copy
+ok mv copy "$here/100%25"
+same_tree tree '100%'
+ok rm -r '100%'
+absent '100%'
+for row in '100% 100%25' 'a#b?c a%23b%3Fc' $'\xff\xfe %FF%FE' 'ä€😀 ä€😀' 'a!b a!b'; do # name, location
+  echo "${row% *}" >"${row% *}"
+  prints "${row% *}" cat "$here/${row#* }"
+done
+for name in '[x]' '[a,b]' '{}' '%%' '++' 'ls' 'cp' '-'; do # without a folder in front of it
+  echo "$name" >"$name"
+  prints "$name" cat "$name"
+done
+echo dash >-n
+prints dash cat -- -n
+prints -n ls -- -n
+
+# How arguments are read.
+fresh
+mkdir folder
+echo text >folder/file
+for argument in folder/file ./folder/file .//folder//file "$PWD/folder/file" "//$PWD/folder/file" \
+  folder/../folder/file "$here/folder/file" "file:$PWD/folder/file" "$here/folder/%66ile"; do
+  prints text cat "$argument"
+done
+for argument in folder folder/ folder// ./folder "$here/folder" "$here/folder/"; do prints file ls "$argument"; done
+for arguments in '' . ./ ././/. "$PWD" "$here"; do
+  # shellcheck disable=SC2086  # none or one
+  prints folder ls $arguments
+done
+mkdir folder/sub
+ln -s folder/sub shortcut
+prints $'file\nsub' ls shortcut/.. # above the folder that the link leads to
+
+# --- ls and stat ------------------------------------------------------------------------------------
+
+fresh
+mkdir folder
+printf 12345 >file
+echo inner >folder/inner
+: >.hidden
+ln -s folder link
+ln -s nothing dangling
+TZ=UTC touch -d '2001-02-03 04:05:06' file folder .hidden
+TZ=UTC touch -h -d '2001-02-03 04:05:06' dangling
+prints $'dangling\nfile\nfolder\nlink' ls
+prints $'.hidden\ndangling\nfile\nfolder\nlink' ls -a
+ok ls -U
+same $'dangling\nfile\nfolder\nlink' "$(sort "$work/out")" "unsorted listing"
+prints "\
+-w            0 2001-02-03 04:05:06 .hidden
+l-            7 2001-02-03 04:05:06 dangling
+-w            5 2001-02-03 04:05:06 file
+dw            - 2001-02-03 04:05:06 folder
+lw            - 2001-02-03 04:05:06 link" ls -la
+prints $'file\n\nfolder:\ninner\n\nlink:\ninner' ls folder file link
+prints '-w            5 2001-02-03 04:05:06 file' ls -l file
+prints 'l?            ? ?                   dangling' ls -l dangling
+mkdir empty
+prints '' ls empty
+: >empty/$'\xff'
+: >empty/ÿ
+: >empty/😀
+: >empty/$'\x80'
+: >empty/＿
+prints $'ÿ\n😀\n\x80\n\xff\n＿' ls empty # by UTF-16 code units
+status() { # status TYPE SIZE WRITABLE HIDDEN SYMLINK NAME
+  prints "\
+Location: $here/$6
+Type:     $1
+Size:     $2
+Modified: 2001-02-03 04:05:06
+Writable: $3
+Hidden:   $4
+Symlink:  $5" stat "$6"
+}
+mkfifo pipe
+TZ=UTC touch -d '2001-02-03 04:05:06' pipe
+status RegularFile 5 yes no no file
+status RegularFolder - yes no no folder
+status SymlinkToFolder - yes no yes link
+status RegularFile 0 yes yes no .hidden
+status SpecialFile 0 yes no no pipe
+ok stat dangling
+[[ $out == "Location: $here/dangling"$'\nType:     BrokenSymlink\n'*'Symlink:  yes' ]] || complain "a dangling link: <$out>"
+ok stat file folder
+same 2 "$(grep -c '^Location: ' "$work/out")" "items told"
+same 1 "$(grep -c '^$' "$work/out")" "blank lines between two items"
+if [[ $(script -qec 'echo works' /dev/null </dev/null 2>/dev/null) == works* ]]; then
+  : >$'\x1b[31mred\n'
+  same '\x1b[31mred\n' "$(script -qec "'$fstore' ls" /dev/null </dev/null | head -n 1 | tr -d '\r')" "a name on a terminal"
+  same $'\x1b[31mred' "$("$fstore" ls | head -n 1)" "a name in a pipe"
+else
+  skipped "names on a terminal: script(1) is missing"
+fi
+
+# --- cat and put ------------------------------------------------------------------------------------
+
+fresh
+head -c 3000000 /dev/urandom >large
+printf 'a\0b' >zero
+: >empty
+ok cat zero empty large zero
+cat zero empty large zero | cmp -s - "$work/out" || complain "cat changes bytes"
+ok put copy <large
+cmp -s large copy || complain "put changes bytes"
+ok put copy <zero
+cmp -s zero copy || complain "put keeps what was there before"
+ok put --append copy <large
+cat zero large | cmp -s - copy || complain "put --append does not append"
+ok put --append new </dev/null
+holds new ''
+ok put copy </dev/null
+holds copy ''
+ln -s target link
+ok put link <<<'through the link'
+holds target 'through the link'
+
+echo kept >file
+fails "$here/file: IOError: Standard input cannot be read: Is a directory" put file <.
+fails "$here/file: IOError: Standard input cannot be read: Bad file descriptor" put file <&-
+holds file kept
+if [[ -c /dev/full ]]; then
+  for command in 'cat large' 'ls' 'stat file' '--help'; do
+    # shellcheck disable=SC2086  # words
+    err=$("${limit[@]}" "$fstore" $command 2>&1 >/dev/full)
+    code=$?
+    [[ $code == 1 && $err == *": standard output: NoSpaceLeft: No space left on device" ]] ||
+      complain "fstore $command with standard output full: exit code $code, <$err>"
+  done
+  run put /dev/full <zero
+  same "1 fstore put: file:///dev/full: NoSpaceLeft: No space left on device" "$code $err" "a full device"
+fi
+err=$("${limit[@]}" "$fstore" ls 2>&1 >&-)
+same "1 fstore ls: standard output: IOError: Bad file descriptor" "$? $err" "without standard output"
+"${limit[@]}" "$fstore" cat nowhere 2>&-
+same 1 $? "without standard error"
+"${limit[@]}" "$fstore" cat large large large | head -c 1 >/dev/null
+same $((128 + 13)) "${PIPESTATUS[0]}" "exit code when the reader goes away (SIGPIPE)"
+
+# --- cp ---------------------------------------------------------------------------------------------
+
+fresh
+echo one >one
+echo two >two
+mkdir folder
+ok cp one copy
+holds copy one
+ok cp two copy
+holds copy two
+: >empty
+ok cp empty copy
+holds copy ''
+ok cp one two folder
+holds folder/one one
+holds folder/two two
+mkdir -p outer/inner target
+ok cp outer/inner/.. target
+[[ -d target/outer/inner ]] || complain "'..' does not go by the folder's own name"
+
+# Keeping what is there.
+fails "$here/copy: ResourceAlreadyExists: *" cp -n one copy
+holds copy ''
+ok cp -n one other
+holds other one
+
+# Onto itself, under any name.
+ln one hard
+ln -s one soft
+ln -s . here
+for row in 'one one' 'one ./one' 'one soft' 'soft one' 'one here/one' 'one hard' 'one .' 'here/one one'; do
+  fails_with 'InvalidLocation: A file cannot be copied onto itself' cp "${row% *}" "${row#* }"
+  holds one one
+done
+
+# A tree, to a new name, into a folder, over what is there.
+fresh
+mkdir -p source/sub/empty source/.hidden existing
+printf 'a\0b' >source/file
+echo inner >source/sub/inner
+echo secret >source/.hidden/secret
+ln -s sub source/folderLink
+ln -s ../source/file source/fileLink
+ok cp source copy
+ok cp -r source/ again
+ok cp source existing
+same_tree source copy
+same_tree source again
+same_tree source existing/source
+same '' "$(find copy -type l)" "links in a copy"
+echo changed >copy/file
+echo mine >copy/mine
+rm -r copy/sub
+ok cp source/file source/sub copy
+same_tree source/sub copy/sub
+cmp -s source/file copy/file || complain "a file in an existing folder was not replaced"
+holds copy/mine mine
+echo changed >existing/source/file
+fails "$here/existing/source/file: ResourceAlreadyExists: *
+$here/existing/source/fileLink: ResourceAlreadyExists: *
+$here/existing/source/sub/inner: ResourceAlreadyExists: *
+$here/existing/source/folderLink/inner: ResourceAlreadyExists: *
+$here/existing/source/.hidden/secret: ResourceAlreadyExists: *" cp -n source existing
+holds existing/source/file changed
+fails "$here/copy/file: ResourceAlreadyExists: *" cp source copy/file
+rm -r copy/sub
+echo file >copy/sub
+fails "$here/copy/sub: ResourceAlreadyExists: *" cp source/sub copy
+holds copy/sub file
+mkdir -p blocked/source/file
+fails "$here/blocked/source/file: InvalidLocation: Is a directory" cp source blocked
+holds blocked/source/sub/inner inner
+
+# Into itself: nothing is written.
+before=$(find source | sort)
+ln -s source/sub shortcut
+for destination in source source/new source/sub source/sub/new . ./ shortcut shortcut/new; do
+  fails_with 'InvalidLocation: A folder cannot be copied into itself' cp source "$destination"
+done
+same "$before" "$(find source | sort)" "a folder not to be copied into itself"
+
+# Links that never end, or that lead nowhere: reported, and the rest is copied.
+fresh
+mkdir -p source/sub
+echo text >source/sub/file
+ln -s .. source/sub/parent
+ln -s . source/self
+ln -s "$PWD" source/around
+ln -s nothing source/dangling
+ln -s turn source/turn
+mkfifo source/pipe
+ln -s /dev/zero source/device
+fails "$here/source/sub/parent: InvalidLocation: The folder leads back into itself
+$here/source/self: InvalidLocation: The folder leads back into itself
+$here/source/around: InvalidLocation: The folder leads back into itself
+$here/source/dangling: ResourceNotFound: No such file or directory
+$here/source/turn: InvalidLocation: Too many levels of symbolic links
+$here/source/pipe: InvalidLocation: *
+$here/source/device: InvalidLocation: *" cp source copy
+same $'copy\ncopy/sub\ncopy/sub/file' "$(find copy 2>&1 | sort)" "what was copied"
+mkdir -p other target
+ln -s ../target other/link
+echo text >target/file
+fails "$here/other/link: InvalidLocation: The folder leads back into itself" cp other target
+same $'target\ntarget/file\ntarget/other' "$(find target | sort)" "a copy that a link leads to"
+fails "$here/source/dangling: ResourceNotFound: No such file or directory" cp source/dangling new
+absent new
+
+# Several sources.
+fresh
+mkdir a b target
+echo first >a/file
+echo second >b/file
+echo third >third
+fails "$here/target/file: ResourceAlreadyExists: *
+$here/missing: ResourceNotFound: No such file or directory" cp a/file b/file missing third target
+holds target/file first
+holds target/third third
+for operation in cp mv; do
+  fails "$here/new: InvalidLocation: Several sources need *" "$operation" a b new
+  fails "$here/third: InvalidLocation: Several sources need *" "$operation" a/file b/file third
+done
+rm target/file
+fails "$here/target/file: ResourceAlreadyExists: *" mv a/file b/file target
+holds target/file first
+holds b/file second
+
+# --- mv ---------------------------------------------------------------------------------------------
+
+fresh
+echo one >one
+echo two >two
+mkdir -p folder/sub full/folder
+: >full/folder/file
+ln -s folder link
+ln -s nothing dangling
+fails "$here/two: ResourceAlreadyExists: *" mv -n one two
+holds two two
+ok mv one two
+absent one
+holds two one
+ok mv -n two one
+holds one one
+ok mv dangling one folder
+holds folder/one one
+same nothing "$(readlink folder/dangling)" "a moved link"
+fails "$here/full/folder: FolderNotEmpty: Directory not empty" mv folder full
+for row in 'folder .' 'folder/one folder' 'full/folder/file ./full/folder/file'; do
+  fails_with 'InvalidLocation: It cannot be moved onto itself' mv "${row% *}" "${row#* }"
+done
+for destination in folder folder/new folder/sub folder/sub/new link link/new; do
+  fails_with 'InvalidLocation: A folder cannot be moved into itself' mv folder "$destination"
+done
+ok mv link renamed
+same folder "$(readlink renamed)" "a moved link to a folder"
+ok mv folder other
+ok mv other "$here/folder"
+ok mv full folder
+[[ -f folder/full/folder/file ]] || complain "a folder was not moved into another"
+fails "$here/missing: ResourceNotFound: No such file or directory" mv missing new
+
+# --- rm and mkdir -----------------------------------------------------------------------------------
+
+fresh
+mkdir -p kept folder/sub/deeper
+echo text >kept/file
+echo text >folder/.hidden
+ln -s ../../kept folder/sub/link
+ln -s ../kept/file folder/fileLink
+ln -s nothing folder/dangling
+ln -s kept link
+mkfifo folder/pipe
+fails "$here/folder: InvalidLocation: is a folder; use -r" rm folder
+ok rm link/
+absent link
+ok rm -r folder
+absent folder
+holds kept/file text
+ln -s kept link
+ok rm -r link
+absent link
+holds kept/file text
+fails "$here/missing: ResourceNotFound: No such file or directory" rm missing kept/file
+absent kept/file
+# All of these lie in the folder of this test, whatever the command makes of them. That the root is refused
+# is not tried: nobody should run such a test on the day when it fails.
+for argument in . .. ./ kept/. kept/.. kept/../ "$here/." "$here/%2E."; do
+  mkdir -p "$work/files/kept" && cd "$work/files" || exit 1
+  fails_with "InvalidLocation: '.' and '..' are not to be removed" rm -r "$argument"
+done
+fails ": InvalidLocation: The path is empty" rm -r ''
+[[ -d $work/files/kept ]] || complain "a folder is gone"
+
+fresh
+ok mkdir folder "$here/other%20one"
+[[ -d folder && -d 'other one' ]] || complain "mkdir created no folders"
+fails "$here/folder: ResourceAlreadyExists: File exists" mkdir folder
+fails "$here/missing/folder: ResourceNotFound: No such file or directory" mkdir missing/folder
+ok mkdir -p folder missing/a/b missing/a/c/ missing
+[[ -d missing/a/b && -d missing/a/c ]] || complain "mkdir -p created no folders"
+echo text >file
+fails "$here/file: ResourceAlreadyExists: *" mkdir -p file
+
+# --- failures that all operations share -------------------------------------------------------------
+
+fresh
+echo text >file
+mkdir folder
+mkfifo pipe
+long=$(printf 'n%.0s' {1..300})
+for operation in ls stat cat rm mkdir 'mkdir -p' put 'mv file' 'cp file'; do
+  read -ra words <<<"$operation"
+  while IFS='|' read -r argument problem; do
+    fails "$problem" "${words[@]}" "$(printf '%b' "$argument")" </dev/null
+  done <<TABLE
+s3://bucket/key|s3://bucket/key: UnsupportedOperation: No store serves the scheme 's3'
+file:// x|file:// x: InvalidLocation: Not a valid IRI: at offset 7, *
+file:///a\\nb\\x1b|file:///a\\nb\\x1b: InvalidLocation: Not a valid IRI: at offset 9, *
+file:///%zz|file:///%zz: InvalidLocation: Not a valid IRI: at offset 8, *
+file://host/x|file://host/x: InvalidLocation: *
+file:///a%00b|file:///a%00b: InvalidLocation: *
+mailto:someone|mailto:someone: InvalidLocation: *
+|: InvalidLocation: The path is empty
+$long|$here/$long: InvalidLocation: File name too long
+TABLE
+done
+for operation in ls stat cat rm mkdir put 'mv file' 'cp file'; do
+  read -ra words <<<"$operation"
+  fails "$here/file/below: InvalidLocation: Not a directory" "${words[@]}" file/below </dev/null
+done
+fails "$here/file*" mkdir -p file/below
+for operation in cat ls stat rm; do
+  fails "$here/missing: ResourceNotFound: No such file or directory" "$operation" missing
+done
+for operation in put mkdir; do
+  fails "$here/missing/file: ResourceNotFound: No such file or directory" "$operation" missing/file </dev/null
+done
+for operation in cat put; do fails "$here/folder: InvalidLocation: Is a directory" "$operation" folder </dev/null; done
+fails "$here/pipe: InvalidLocation: *" cat pipe
+fails "$here/pipe: InvalidLocation: *" cp pipe new
+fails "$here/pipe: *" put pipe </dev/null
+fails "$here/pipe: *" cp file pipe
+absent new
+holds file text
+run cat missing file folder
+same '1 text' "$code $out" "what can be read is"
+
+# --- without permission -----------------------------------------------------------------------------
+
+mkdir locked open
+echo secret >locked/file
+echo secret >open/unreadable
+echo fine >open/readable
+chmod 000 open/unreadable
+chmod 555 locked
+if ((EUID == 0)); then through=(setpriv --bounding-set=-all --inh-caps=-all); fi # root, but without its privileges
+if "${through[@]}" cat file >/dev/null 2>&1 && ! "${through[@]}" cat open/unreadable >/dev/null 2>&1; then
+  denied='PermissionDenied: Permission denied'
+  fails "$here/open/unreadable: $denied" cat open/unreadable
+  fails "$here/open/unreadable: $denied" cp open/unreadable copy
+  absent copy
+  fails "$here/open/unreadable: $denied" cp open copy
+  holds copy/readable fine
+  fails "$here/locked/file: $denied" rm -r locked
+  holds locked/file secret
+  for row in 'mkdir locked/new' 'put locked/new' 'cp file locked/new' 'mv file locked/new'; do
+    read -ra words <<<"$row"
+    fails_with "$denied" "${words[@]}" </dev/null
+  done
+  holds file text
+  chmod 000 locked
+  for row in 'ls locked' 'cat locked/file' 'stat locked/file' 'ls locked/file' 'rm -r locked'; do
+    read -ra words <<<"$row"
+    fails_with "$denied" "${words[@]}"
+  done
+else
+  skipped "refused permissions: this is root, and setpriv(1) cannot take its privileges away"
+fi
+through=()
+
+# --- a standard stream that is the file itself ---------------------------------------------------------
+
+fresh
+echo content >file
+"${limit[@]}" "$fstore" cat file >>file 2>"$work/err"
+same "1 fstore cat: $here/file: InvalidLocation: The file is standard output itself" "$? $(<"$work/err")" "cat file >>file"
+"${limit[@]}" "$fstore" put file <file 2>"$work/err"
+same "1 fstore put: $here/file: InvalidLocation: The file is standard input itself" "$? $(<"$work/err")" "put file <file"
+holds file content
+fails "$here/missing: ResourceNotFound: There is no such folder" mv file missing/
+holds file content
+
+# --- deep trees -------------------------------------------------------------------------------------
+
+fresh
+deep=$(printf 'd/%.0s' {1..1500})
+ok mkdir -p "tree/$deep"
+ok put "tree/${deep}file" <<<bottom
+ok cp tree copy
+prints bottom cat "copy/${deep}file"
+ok rm -r copy
+absent copy
+
+printf '%s checks, %s failures\n' "$checks" "$failures"
+((failures == 0))

@@ -1,0 +1,149 @@
+#include <fstore/CommandLine.h>
+#include <fstore/Commands.h>
+#include <fstore/Text.h>
+
+#include <fl/i18n/Convert.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace fstore {
+namespace {
+
+using foundation::storage::provider::ErrorCode;
+using Arguments = std::vector<std::string>;
+
+enum ExitCode { done = 0, failed = 1, wrongUsage = 2 };
+
+/// Writes `usage` instead of what CLI11 makes of a parser's options.
+class HelpText : public CLI::Formatter {
+ public:
+  explicit HelpText(std::string usage) : usage_(std::move(usage)) {}
+
+  std::string make_usage(const CLI::App*, std::string) const override { return "\nUsage: fstore " + usage_ + "\n"; }
+
+ private:
+  std::string usage_;
+};
+
+ErrorCode codeOf(const OutputFailure& failure) {
+  switch (failure.code().value()) {
+    case ENOSPC:
+    case EDQUOT:
+      return ErrorCode::NoSpaceLeft;
+    case EFBIG:
+      return ErrorCode::FileTooLarge;
+    default:
+      return ErrorCode::IOError;
+  }
+}
+
+/// Does `work(session)`, and writes out all that it has printed.
+template <class Work>
+int runReporting(const std::string& operation, const Work& work) {
+  Report report(operation);
+  Output output;
+  const Stores stores;
+  try {
+    work(Session{report, output, stores});
+    output.flush();
+  } catch (const OutputFailure& failure) {
+    report.failure(u"standard output", codeOf(failure), fl::i18n::to_ustring(failure.code().message()));
+  }
+  return report.hasFailures() ? failed : done;
+}
+
+std::string helpText(const CLI::App& app) {
+  auto text = app.help();
+  text.resize(text.find_last_not_of('\n') + 1);
+  return text + "\n";
+}
+
+int print(const std::string& text) {
+  return runReporting("help", [&](const Session& session) { session.output.write(text); });
+}
+
+/// @param program  the name of the program, with the operation if one is known
+int refuse(const std::string& program, const CLI::App& app, const std::string& reason) {
+  std::cerr << program << ": " << printable(fl::i18n::to_ustring(reason)) << "\n\n" << helpText(app);
+  return wrongUsage;
+}
+
+/// Parses the options, and goes on if that is well and they do not ask for information only.
+int parse(const std::string& program, CLI::App& app, Arguments options, const std::function<int()>& proceed) {
+  std::reverse(options.begin(), options.end());  // as the parser takes them
+  try {
+    app.parse(options);
+  } catch (const CLI::CallForHelp&) {
+    return print(helpText(app));
+  } catch (const CLI::CallForVersion& version) {
+    return print(std::string(version.what()) + "\n");
+  } catch (const CLI::ParseError& error) {
+    return refuse(program, app, error.what());
+  }
+  return proceed();
+}
+
+/// Options and locations, told apart here and not by the parser, which would take "[x]" for a list and
+/// "{}" for nothing at all. It is easily done: no option has a value.
+std::pair<Arguments, Arguments> separate(const Arguments& arguments) {
+  std::pair<Arguments, Arguments> separated;
+  auto& [options, locations] = separated;
+  bool onlyLocationsFollow = false;
+  for (const auto& argument : arguments) {
+    if (onlyLocationsFollow || argument.size() < 2 || argument.front() != '-')
+      locations.push_back(argument);
+    else if (argument == "--")
+      onlyLocationsFollow = true;
+    else
+      options.push_back(argument);
+  }
+  return separated;
+}
+
+int runCommand(const Command& command, const Arguments& arguments) {
+  const auto program = "fstore " + command.name;
+  CLI::App app(command.summary);
+  app.formatter(std::make_shared<HelpText>(command.name + " " + command.usage));
+  const auto action = command.declare(app);
+  const auto [options, locations] = separate(arguments);
+  return parse(program, app, options, [&, &locations = locations] {
+    if (locations.size() < command.least)
+      return refuse(program, app, "A location is missing");
+    if (locations.size() > command.most)
+      return refuse(program, app, "There is a location too many: '" + locations[command.most] + "'");
+    return runReporting(command.name, [&](const Session& session) { action(session, locations); });
+  });
+}
+
+}  // namespace
+
+int run(const std::vector<std::string>& arguments) {
+  const auto all = commands();
+  const auto chosen = std::find_if(all.begin(), all.end(), [&](const Command& command) {
+    return !arguments.empty() && command.name == arguments.front();
+  });
+  if (chosen != all.end())
+    return runCommand(*chosen, {arguments.begin() + 1, arguments.end()});
+
+  CLI::App app("Reach stored files and folders, wherever they live.");
+  app.formatter(std::make_shared<HelpText>("OPERATION [OPTION...] [LOCATION...]"));
+  app.set_version_flag("--version", "fstore " FSTORE_VERSION);
+  app.footer(
+      "A location is a text such as file:///home/ann/notes, or a path.\n"
+      "\"fstore OPERATION --help\" tells more. Exit codes: 0 done, 1 something failed, 2 wrong usage.");
+  for (const auto& command : all)
+    app.add_subcommand(command.name, command.summary)->group("Operations");
+  const auto [options, locations] = separate(arguments);
+  return parse("fstore", app, options, [&, &locations = locations] {
+    return refuse("fstore", app,
+                  locations.empty() ? "An operation is missing" : "There is no operation '" + locations.front() + "'");
+  });
+}
+
+}  // namespace fstore

@@ -1,0 +1,95 @@
+#include <fstore/Commands.h>
+#include <fstore/Content.h>
+#include <fstore/CopyAndMove.h>
+#include <fstore/Listing.h>
+#include <fstore/MakeFolder.h>
+#include <fstore/Removal.h>
+#include <fstore/Status.h>
+
+#include <limits>
+
+namespace fstore {
+namespace {
+
+using foundation::storage::provider::ByteStreamTruncate;
+using foundation::storage::provider::ReplacementPolicy;
+using Locations = std::vector<std::string>;
+
+constexpr std::size_t anyNumber = std::numeric_limits<std::size_t>::max();
+
+CLI::Option* addFlag(CLI::App& app, const std::string& names, const std::string& description) {
+  return app.add_flag(names)->description(description);
+}
+
+ReplacementPolicy policyOf(const CLI::Option* noClobber) {
+  return noClobber->count() > 0 ? ReplacementPolicy::NoClobber : ReplacementPolicy::Overwrite;
+}
+
+Action declareList(CLI::App& app) {
+  const auto* details = addFlag(app, "-l,--long", "Type (- d l), writable (w), size in bytes, time (UTC), name");
+  const auto* all = addFlag(app, "-a,--all", "Hidden entries, too");
+  const auto* unsorted = addFlag(app, "-U,--unsorted", "In the store's order, without waiting for the last entry");
+  return [=](const Session& session, const Locations& locations) {
+    list(session, locations.empty() ? Locations{"."} : locations,
+         {.withDetails = details->count() > 0, .withHidden = all->count() > 0, .sorted = unsorted->count() == 0});
+  };
+}
+
+Action declareStatus(CLI::App&) {
+  return [=](const Session& session, const Locations& locations) { printStatus(session, locations); };
+}
+
+Action declareCat(CLI::App&) {
+  return [=](const Session& session, const Locations& locations) { printContent(session, locations); };
+}
+
+Action declarePut(CLI::App& app) {
+  const auto* append = addFlag(app, "--append", "Add to the end of an existing file");
+  return [=](const Session& session, const Locations& locations) {
+    putContent(session, locations.front(),
+               append->count() > 0 ? ByteStreamTruncate::PreserveExisting : ByteStreamTruncate::TruncateExisting);
+  };
+}
+
+Action declareCopy(CLI::App& app) {
+  const auto* noClobber = addFlag(app, "-n,--no-clobber", "Keep existing files; each is reported as a failure");
+  addFlag(app, "-r,-R,--recursive", "Nothing: folders are always copied whole");
+  return [=](const Session& session, const Locations& locations) { copy(session, locations, policyOf(noClobber)); };
+}
+
+Action declareMove(CLI::App& app) {
+  const auto* noClobber = addFlag(app, "-n,--no-clobber", "Keep what exists; it is reported as a failure");
+  return [=](const Session& session, const Locations& locations) { move(session, locations, policyOf(noClobber)); };
+}
+
+Action declareRemove(CLI::App& app) {
+  const auto* recursive = addFlag(app, "-r,-R,--recursive", "Folders with all they hold, too");
+  return [=](const Session& session, const Locations& locations) {
+    remove(session, locations, recursive->count() > 0 ? RemovalDepth::WholeFolders : RemovalDepth::FilesOnly);
+  };
+}
+
+Action declareMakeFolder(CLI::App& app) {
+  const auto* parents = addFlag(app, "-p,--parents", "Create missing parents; an existing folder is no failure");
+  return [=](const Session& session, const Locations& locations) {
+    makeFolders(session, locations, parents->count() > 0 ? MissingParents::Create : MissingParents::Fail);
+  };
+}
+
+}  // namespace
+
+std::span<const Command> commands() {
+  static const std::vector<Command> all{
+      {"ls", "[-l] [-a] [-U] [LOCATION...]", "List folders", 0, anyNumber, declareList},
+      {"stat", "LOCATION...", "Show what is known about files and folders", 1, anyNumber, declareStatus},
+      {"cat", "LOCATION...", "Write files to standard output", 1, anyNumber, declareCat},
+      {"put", "[--append] LOCATION", "Write standard input to a file", 1, 1, declarePut},
+      {"cp", "[-n] SOURCE... DESTINATION", "Copy files and folders, following links", 2, anyNumber, declareCopy},
+      {"mv", "[-n] SOURCE... DESTINATION", "Move or rename files and folders", 2, anyNumber, declareMove},
+      {"rm", "[-r] LOCATION...", "Remove files, links and folders", 1, anyNumber, declareRemove},
+      {"mkdir", "[-p] LOCATION...", "Create folders", 1, anyNumber, declareMakeFolder},
+  };
+  return all;
+}
+
+}  // namespace fstore

@@ -1,0 +1,70 @@
+#include <fstore/CopyAndMove.h>
+#include <fstore/Refusal.h>
+#include <fstore/Target.h>
+#include <fstore/TreeCopy.h>
+
+#include <utility>
+
+namespace fstore {
+
+namespace provider = foundation::storage::provider;
+using provider::ErrorCode;
+using provider::ExistenceTypeExtended;
+using provider::ReplacementPolicy;
+using provider::StorageItem;
+
+namespace {
+
+/// Does `work(source, place)` for each source.
+template <class Work>
+void forEachSource(const Session& session, std::vector<std::string> arguments, const Work& work) {
+  const auto last = arguments.back();
+  const auto destination = session.open(last);
+  arguments.pop_back();
+  if (!destination)
+    return;
+  session.report.attempt(destination->getLocation(), [&] {
+    Target target(*destination, last, arguments.size());
+    session.forEach(arguments,
+                    [&](const StorageItem& source, const std::string&) { work(source, target.placeFor(source)); });
+  });
+}
+
+/// Opening the destination would empty the source, if the two were one.
+void copyFileElsewhere(const StorageItem& source, const StorageItem& place, ReplacementPolicy policy) {
+  if (source.getCanonicalLocation() == writtenLocation(place))
+    throw refusal(ErrorCode::InvalidLocation, place.getLocation(), u"A file cannot be copied onto itself");
+  source.copyFile(place, policy);
+}
+
+void moveItem(const StorageItem& source, const StorageItem& place, ReplacementPolicy policy) {
+  const auto type = source.existsExtended();
+  if (type == ExistenceTypeExtended::None)
+    (void)source.getFileAttributes();  // throws the store's own reason
+  if (entryLocation(source) == entryLocation(place))
+    throw refusal(ErrorCode::InvalidLocation, place.getLocation(), u"It cannot be moved onto itself");
+  if (type == ExistenceTypeExtended::RegularFolder && contains(source.getCanonicalLocation(), writtenLocation(place)))
+    throw refusal(ErrorCode::InvalidLocation, place.getLocation(), u"A folder cannot be moved into itself");
+  if (type == ExistenceTypeExtended::RegularFolder || type == ExistenceTypeExtended::SymlinkToFolder)
+    source.moveFolder(place.getLocation(), policy);
+  else
+    source.moveFile(place.getLocation(), policy);
+}
+
+}  // namespace
+
+void copy(const Session& session, std::vector<std::string> arguments, ReplacementPolicy policy) {
+  forEachSource(session, std::move(arguments), [&](const StorageItem& source, const StorageItem& place) {
+    if (source.folderExists())
+      TreeCopy(session.report, policy).run(source, place);
+    else
+      copyFileElsewhere(source, place, policy);
+  });
+}
+
+void move(const Session& session, std::vector<std::string> arguments, ReplacementPolicy policy) {
+  forEachSource(session, std::move(arguments),
+                [&](const StorageItem& source, const StorageItem& place) { moveItem(source, place, policy); });
+}
+
+}  // namespace fstore

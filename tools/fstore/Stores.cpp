@@ -1,0 +1,85 @@
+#include <fstore/Refusal.h>
+#include <fstore/Stores.h>
+
+#include <fl/i18n/Convert.h>
+#include <foundation/network/IRISyntaxException.h>
+#include <foundation/storage/provider/LocalPath.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+
+namespace fstore {
+
+namespace provider = foundation::storage::provider;
+using provider::StorageIRI;
+
+namespace {
+
+bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool fitsInScheme(char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.'; }
+
+bool beginsWithScheme(std::string_view argument) {
+  const auto end = std::find_if_not(argument.begin(), argument.end(), fitsInScheme);
+  return end != argument.end() && *end == ':' && isLetter(argument.front());
+}
+
+StorageIRI parse(const std::string& text) {
+  try {
+    return StorageIRI(fl::i18n::to_ustring(text));
+  } catch (const foundation::network::IRISyntaxException& failure) {
+    throw ArgumentFailure("Not a valid IRI: at offset " + std::to_string(failure.getOffset()) + ", " +
+                          failure.getReason());
+  } catch (const std::runtime_error& failure) {
+    throw ArgumentFailure(failure.what());
+  }
+}
+
+std::string currentFolder() {
+  std::error_code error;
+  const auto folder = std::filesystem::current_path(error);
+  if (error)
+    throw ArgumentFailure("The current folder cannot be found: " + error.message());
+  return folder.native();
+}
+
+/// Takes every "./" off the front of a relative path; what is left of "." is the empty path.
+std::string_view withoutLeadingDots(std::string_view path) {
+  while (path.starts_with("./"))
+    path.remove_prefix(std::min(path.find_first_not_of('/', 1), path.size()));
+  return path == "." ? "" : path;
+}
+
+std::string absolutePath(std::string_view path) {
+  while (path.size() > 1 && path.ends_with('/'))
+    path.remove_suffix(1);
+  if (path.starts_with('/'))
+    return "/" + std::string(path.substr(std::min(path.find_first_not_of('/'), path.size())));
+  const auto relative = withoutLeadingDots(path);
+  auto folder = currentFolder();
+  if (!relative.empty() && !folder.ends_with('/'))
+    folder.push_back('/');
+  return folder.append(relative);
+}
+
+StorageIRI locate(const std::string& argument) {
+  if (argument.empty())
+    throw ArgumentFailure("The path is empty");
+  if (beginsWithScheme(argument))
+    return parse(argument);
+  return provider::toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(absolutePath(argument))));
+}
+
+}  // namespace
+
+provider::StorageItem Stores::open(const std::string& argument) const {
+  auto location = locate(argument);
+  if (location.getScheme() != u"file")
+    throw refusal(provider::ErrorCode::UnsupportedOperation, location,
+                  u"No store serves the scheme '" + location.getScheme() + u"'");
+  auto store = local_.buildProvider(location);
+  return {std::move(store), std::move(location)};
+}
+
+}  // namespace fstore

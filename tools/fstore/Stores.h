@@ -1,0 +1,33 @@
+#pragma once
+
+#include <foundation/storage/backend/local/LocalProviderFactory.h>
+#include <foundation/storage/provider/StorageItem.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace fstore {
+
+/// An argument names no location.
+class ArgumentFailure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// All stores that the command can reach.
+class Stores {
+ public:
+  /// The item that an argument names. One that begins with a scheme (RFC 3986, section 3.1) and ':' is
+  /// the text of a location; any other is a path of the local file system, made absolute against the
+  /// current folder and otherwise kept: its "..", too, since what lies above a link is for the system to
+  /// say. (A path that looks like a location is written "./a:b".)
+  ///
+  /// Throws `ArgumentFailure` where it is neither, `Exception` with `UnsupportedOperation` where no store
+  /// serves the scheme, and what the store itself refuses.
+  foundation::storage::provider::StorageItem open(const std::string& argument) const;
+
+ private:
+  foundation::storage::backend::local::LocalProviderFactory local_;
+};
+
+}  // namespace fstore
