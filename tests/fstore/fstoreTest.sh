@@ -571,6 +571,8 @@ same "1 fstore put: $here/file: InvalidLocation: The file is standard input itse
 holds file content
 fails "$here/missing: ResourceNotFound: There is no such folder" mv file missing/
 holds file content
+mkdir folder
+ok mv folder missing/
 
 # --- deep trees -------------------------------------------------------------------------------------
 

@@ -20,14 +20,14 @@ bool isNameless(const StorageItem& item) {
 }  // namespace
 
 Target::Target(StorageItem item, const std::string& argument, std::size_t sourceCount)
-    : item_(std::move(item)), isFolder_(item_.folderExists()) {
+    : item_(std::move(item)), isFolder_(item_.folderExists()), mustBeFolder_(argument.ends_with('/')) {
   if (sourceCount > 1 && !isFolder_)
     throw refusal(ErrorCode::InvalidLocation, item_.getLocation(), u"Several sources need an existing folder");
-  if (argument.ends_with('/') && !isFolder_)
-    throw refusal(ErrorCode::ResourceNotFound, item_.getLocation(), u"There is no such folder");
 }
 
 StorageItem Target::placeFor(const StorageItem& source) {
+  if (!isFolder_ && mustBeFolder_ && !source.folderExists())
+    throw refusal(ErrorCode::ResourceNotFound, item_.getLocation(), u"There is no such folder");
   if (!isFolder_)
     return item_;
   // "a/.." is no name to be given to anything: the folder's own name is.

@@ -12,17 +12,18 @@ namespace fstore {
 /// exactly the location that was given.
 class Target {
  public:
-  /// Throws `Exception` where several sources are to go to one place that is no folder, or where the argument
-  /// ends in '/' and no folder is there.
+  /// Throws `Exception` where several sources are to go to one place that is no folder.
   Target(foundation::storage::provider::StorageItem item, const std::string& argument, std::size_t sourceCount);
 
   /// The place for `source`. Throws `Exception` where it has been given to another source: the second
-  /// would destroy what came from the first.
+  /// would destroy what came from the first; and where the argument, by a '/' at its end, asks for a folder,
+  /// and neither is one there nor is the source one.
   foundation::storage::provider::StorageItem placeFor(const foundation::storage::provider::StorageItem& source);
 
  private:
   foundation::storage::provider::StorageItem item_;
   bool isFolder_;
+  bool mustBeFolder_;
   std::set<foundation::storage::provider::StorageIRI> taken_;
 };
 
