@@ -71,8 +71,6 @@ StorageIRI::StorageIRI(std::u16string scheme, fl::filesystem::upath path)
 
 StorageIRI::StorageIRI(std::shared_ptr<const detail::StorageIRIImpl> impl) noexcept : impl_(std::move(impl)) {}
 
-StorageIRI::~StorageIRI() = default;
-
 std::u16string StorageIRI::getScheme() const { return impl_->getScheme(); }
 std::u16string StorageIRI::getHost() const { return impl_->getHost(); }
 bool StorageIRI::hasHost() const { return impl_->hasHost(); }

@@ -70,7 +70,7 @@ class FOUNDATION_EXPORT StorageIRI {
   StorageIRI(StorageIRI&&) noexcept = default;
   StorageIRI& operator=(const StorageIRI&) = default;
   StorageIRI& operator=(StorageIRI&&) noexcept = default;
-  ~StorageIRI();
+  ~StorageIRI() = default;
 
   std::u16string getScheme() const;
 
@@ -141,6 +141,8 @@ class FOUNDATION_EXPORT StorageIRI {
   /// The order of the ASCII texts by unsigned code units; between two local paths, of their paths
   /// segment by segment. A strict weak order within each kind; see `operator==` for mixtures.
   bool operator<(const StorageIRI& other) const;
+
+  friend void swap(StorageIRI& a, StorageIRI& b) noexcept { a.impl_.swap(b.impl_); }
 
  private:
   friend class detail::StorageIRIImpl;

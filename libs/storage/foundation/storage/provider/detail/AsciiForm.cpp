@@ -3,35 +3,10 @@
 #include <fl/i18n/Convert.h>
 #include <fl/i18n/Surrogates.h>
 
-#include <algorithm>
-#include <bit>
-#include <cstddef>
-#include <cstring>
 #include <string>
 
 namespace foundation::storage::provider::detail {
 namespace {
-
-constexpr std::size_t unitsPerWord = sizeof(std::uint64_t) / sizeof(char16_t);
-
-std::uint64_t wordAt(const char16_t* text) {
-  std::uint64_t word;
-  std::memcpy(&word, text, sizeof word);
-  return word;
-}
-
-/// The offset of the first code unit in which the texts differ, or the length of the shorter one.
-std::size_t findDifference(std::u16string_view a, std::u16string_view b) {
-  const auto size = std::min(a.size(), b.size());
-  std::size_t at = 0;
-  if constexpr (std::endian::native == std::endian::little)
-    for (; at + unitsPerWord <= size; at += unitsPerWord)
-      if (const auto difference = wordAt(a.data() + at) ^ wordAt(b.data() + at); difference != 0)
-        return at + static_cast<std::size_t>(std::countr_zero(difference)) / (8 * sizeof(char16_t));
-  while (at < size && a[at] == b[at])
-    ++at;
-  return at;
-}
 
 /// Gives the code units of a text's ASCII form one by one.
 class AsciiUnits {
@@ -68,17 +43,14 @@ class AsciiUnits {
   std::size_t pending_ = 0;
 };
 
-/// Less than, equal to or greater than 0, as the ASCII forms compare from `at` on, before which the
-/// texts are the same.
-int compareFrom(std::size_t at, std::u16string_view a, std::u16string_view b) {
-  if (at == a.size() || at == b.size())
-    return a.size() < b.size() ? -1 : a.size() > b.size() ? 1 : 0;
-  if (a[at] < 0x80 && b[at] < 0x80)
-    return a[at] < b[at] ? -1 : 1;
-  if (at > 0 && fl::i18n::isHighSurrogate(a[at - 1]))
-    --at;  // the characters differ in their second halves
-  AsciiUnits left(a.substr(at));
-  AsciiUnits right(b.substr(at));
+char32_t characterAt(std::u16string_view text, std::size_t at) {
+  return fl::i18n::isPairAt(text, at) ? fl::i18n::pairAt(text, at) : char32_t{text[at]};
+}
+
+/// As the ASCII forms of two rests compare: less than, equal to or greater than 0.
+int compareForms(std::u16string_view a, std::u16string_view b) {
+  AsciiUnits left(a);
+  AsciiUnits right(b);
   while (left.hasNext() && right.hasNext()) {
     const auto x = left.next();
     const auto y = right.next();
@@ -90,13 +62,23 @@ int compareFrom(std::size_t at, std::u16string_view a, std::u16string_view b) {
 
 }  // namespace
 
-bool sameAsciiForm(std::u16string_view a, std::u16string_view b) {
-  if (a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0)
-    return true;
-  return compareFrom(findDifference(a, b), a, b) == 0;
+// The first difference nearly always decides without any form being made: the escapes of two characters
+// compare as the characters do, and any other character compares with '%'.
+int compareAsciiForms(std::u16string_view a, std::u16string_view b, std::size_t at) {
+  if (at == a.size() || at == b.size())
+    return a.size() < b.size() ? -1 : a.size() > b.size() ? 1 : 0;
+  if (at > 0 && fl::i18n::isHighSurrogate(a[at - 1]))
+    --at;  // the characters differ in their second halves
+  const char32_t x = characterAt(a, at);
+  const char32_t y = characterAt(b, at);
+  if ((x < 0x80) == (y < 0x80))
+    return x < y ? -1 : 1;
+  const char32_t left = x < 0x80 ? x : U'%';
+  const char32_t right = y < 0x80 ? y : U'%';
+  if (left != right)
+    return left < right ? -1 : 1;
+  return compareForms(a.substr(at), b.substr(at));  // an escape in one text is a character in the other
 }
-
-bool lessAsciiForm(std::u16string_view a, std::u16string_view b) { return compareFrom(findDifference(a, b), a, b) < 0; }
 
 std::uint64_t hashAsciiForm(std::u16string_view text) {
   constexpr std::uint64_t multiplier = 0xe9846af9b1a615d;
