@@ -68,7 +68,10 @@ fl::filesystem::upath HierarchicalImpl::toUPath() const {
   std::u16string path = getPath();
   if (hasHost()) {
     const auto begin = std::min(path.find_first_not_of(u'/'), path.size());
-    path = u"//" + getHost() + u"/" + path.substr(begin);
+    // A '/' in the host would make another server and share of it.
+    const auto host = getHost();
+    const auto server = host.find(u'/') == std::u16string::npos ? host : std::u16string(iri_.writtenHost());
+    path = u"//" + server + u"/" + path.substr(begin);
   } else if (beginsWithDrive(path)) {
     path.erase(0, 1);
     if (path.size() == 2)  // a bare drive

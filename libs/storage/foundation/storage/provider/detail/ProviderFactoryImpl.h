@@ -17,6 +17,8 @@ namespace foundation::storage::provider::detail {
 /// The mutex guards the cache and the configuration. It is held while a provider is built and
 /// configured, so that no key is built twice at once; it is not held while live providers are
 /// configured or shut down, which may therefore use the factory.
+///
+/// The keys of one factory are of one kind of location, within which their order is a strict weak one.
 class ProviderFactoryImpl {
  public:
   using Builder = std::function<std::shared_ptr<IProvider>()>;
