@@ -24,7 +24,7 @@ inline constexpr auto asciiCharacters = [] {
   std::array<Allowed, 128> table{};
   const auto allow = [&table](std::string_view characters, int where) {
     for (const char c : characters) {
-      auto& entry = table[static_cast<std::size_t>(c)];
+      auto& entry = table[static_cast<unsigned char>(c)];
       entry = static_cast<Allowed>(entry | where);
     }
   };

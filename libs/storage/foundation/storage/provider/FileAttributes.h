@@ -1,7 +1,7 @@
 #pragma once
 
 #include <foundation/core/Export.h>
-#include <foundation/storage/provider/detail/Question.h>
+#include <foundation/storage/provider/Question.h>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
@@ -28,7 +28,7 @@ class FOUNDATION_EXPORT FileAttributes {
   FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified,
                  std::function<bool()> writable);
   /// The same for any callable; without it a captureless lambda could be taken for a truth value.
-  template <detail::Question Writable>
+  template <Question Writable>
   FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified,
                  Writable writable)
       : FileAttributes(size, lastModified, std::function<bool()>(std::move(writable))) {}
@@ -43,12 +43,12 @@ class FOUNDATION_EXPORT FileAttributes {
 
   FileAttributes& withHiddenAttribute(bool hidden);
   FileAttributes& withHiddenAttribute(std::function<bool()> hidden);
-  FileAttributes& withHiddenAttribute(detail::Question auto hidden) {
+  FileAttributes& withHiddenAttribute(Question auto hidden) {
     return withHiddenAttribute(std::function<bool()>(std::move(hidden)));
   }
   FileAttributes& withSymlinkStatusAttribute(bool symlink);
   FileAttributes& withSymlinkStatusAttribute(std::function<bool()> symlink);
-  FileAttributes& withSymlinkStatusAttribute(detail::Question auto symlink) {
+  FileAttributes& withSymlinkStatusAttribute(Question auto symlink) {
     return withSymlinkStatusAttribute(std::function<bool()>(std::move(symlink)));
   }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <foundation/core/Export.h>
-#include <foundation/storage/provider/detail/Question.h>
+#include <foundation/storage/provider/Question.h>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
@@ -25,7 +25,7 @@ class FOUNDATION_EXPORT FolderAttributes {
   FolderAttributes(const boost::posix_time::ptime& lastModified, bool writable);
   FolderAttributes(const boost::posix_time::ptime& lastModified, std::function<bool()> writable);
   /// The same for any callable; without it a captureless lambda could be taken for a truth value.
-  template <detail::Question Writable>
+  template <Question Writable>
   FolderAttributes(const boost::posix_time::ptime& lastModified, Writable writable)
       : FolderAttributes(lastModified, std::function<bool()>(std::move(writable))) {}
 
@@ -36,12 +36,12 @@ class FOUNDATION_EXPORT FolderAttributes {
 
   FolderAttributes& withHiddenAttribute(bool hidden);
   FolderAttributes& withHiddenAttribute(std::function<bool()> hidden);
-  FolderAttributes& withHiddenAttribute(detail::Question auto hidden) {
+  FolderAttributes& withHiddenAttribute(Question auto hidden) {
     return withHiddenAttribute(std::function<bool()>(std::move(hidden)));
   }
   FolderAttributes& withSymlinkStatusAttribute(bool symlink);
   FolderAttributes& withSymlinkStatusAttribute(std::function<bool()> symlink);
-  FolderAttributes& withSymlinkStatusAttribute(detail::Question auto symlink) {
+  FolderAttributes& withSymlinkStatusAttribute(Question auto symlink) {
     return withSymlinkStatusAttribute(std::function<bool()>(std::move(symlink)));
   }
 

@@ -87,10 +87,11 @@ class FOUNDATION_EXPORT IProvider {
   virtual std::unique_ptr<ByteStream> doOpenStream(const StorageIRI& location,
                                                    const ByteStreamOpenOptions& options) const = 0;
   virtual std::unique_ptr<ByteStream> doOpenReadOnlyStream(const StorageIRI& location) const = 0;
-  /// Default: refuses.
+  /// Default: `doOpenTransactionalStreamAtScratchLocation` with a hidden name of its own beside the target.
   virtual std::unique_ptr<TransactionalStream> doOpenTransactionalStream(const StorageIRI& location,
                                                                          const ByteStreamOpenOptions& options) const;
-  /// Default: refuses.
+  /// Default: writes to a stream at the scratch location; committing moves that over the target, aborting
+  /// removes it.
   virtual std::unique_ptr<TransactionalStream> doOpenTransactionalStreamAtScratchLocation(
       const StorageIRI& location, const StorageIRI& scratchLocation, const ByteStreamOpenOptions& options) const;
 
@@ -239,7 +240,8 @@ class FOUNDATION_EXPORT IProvider {
   std::unique_ptr<ByteStream> openStream(const StorageIRI& location, const ByteStreamOpenOptions& options) const;
   /// Opens a file for reading. Throws as `openStream`.
   std::unique_ptr<ByteStream> openReadOnlyStream(const StorageIRI& location) const;
-  /// Opens a file for writing so that nothing shows before the commit. The provider must outlive the stream.
+  /// Opens a file for writing so that nothing shows before the commit. The file begins empty, whatever the
+  /// options say of existing content. The provider must outlive the stream.
   std::unique_ptr<TransactionalStream> openTransactionalStream(const StorageIRI& location,
                                                                const ByteStreamOpenOptions& options) const {
     return doOpenTransactionalStream(location, options);

@@ -14,16 +14,6 @@ namespace {
 
 void IProvider::doRemoveFolderRecursively(const StorageIRI& location) const { refuse(location); }
 
-std::unique_ptr<TransactionalStream> IProvider::doOpenTransactionalStream(const StorageIRI& location,
-                                                                          const ByteStreamOpenOptions&) const {
-  refuse(location);
-}
-
-std::unique_ptr<TransactionalStream> IProvider::doOpenTransactionalStreamAtScratchLocation(
-    const StorageIRI& location, const StorageIRI&, const ByteStreamOpenOptions&) const {
-  refuse(location);
-}
-
 IProvider::Listing IProvider::doListAllWildcards(const StorageIRI& location, std::u16string) const {
   return doListAll(location);
 }

@@ -36,6 +36,11 @@ class FOUNDATION_EXPORT TransactionalStream : private boost::noncopyable {
  protected:
   TransactionalStream() = default;
 
+  /// For destructors, which swallow the failure: writes to the diagnostic log (channel
+  /// "foundation::storage::provider") that aborting failed, and why: the exception being handled. What was
+  /// written may have been left behind.
+  static void logFailedAbort() noexcept;
+
  private:
   virtual std::int64_t doRead(char* buffer, std::int64_t count);
   virtual std::int64_t doWrite(const char* buffer, std::int64_t count);
