@@ -22,7 +22,8 @@ constexpr std::uint32_t closed = std::numeric_limits<std::uint32_t>::max();
 class Channels {
  public:
   static Channels& all() {
-    static Channels channels;
+    // Never destroyed: what is let go of after main() may still have something to say.
+    static auto& channels = *new Channels;
     return channels;
   }
 

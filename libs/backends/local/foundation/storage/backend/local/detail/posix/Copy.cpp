@@ -19,8 +19,8 @@ using provider::StorageIRI;
 
 namespace {
 
-constexpr std::size_t bufferSize = 128 * 1024;
-constexpr std::size_t rangeSize = 1024 * 1024 * 1024;
+constexpr std::size_t bufferSize = std::size_t{128} * 1024;
+constexpr std::size_t rangeSize = std::size_t{1} << 30;
 
 OpenFile opened(const StorageIRI& location, int flags, mode_t mode) {
   try {

@@ -13,7 +13,7 @@
 namespace foundation::storage::backend::local::detail {
 namespace {
 
-constexpr std::size_t bufferSize = 64 * 1024;
+constexpr std::size_t bufferSize = std::size_t{64} * 1024;
 
 Descriptor openFolder(const provider::StorageIRI& location) {
   const auto path = nativePath(location);
