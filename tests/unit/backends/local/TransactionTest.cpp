@@ -80,6 +80,17 @@ TEST_F(TransactionTest, StaysOpenAfterAFailedCommit) {
   EXPECT_THROW(dropped->close(StreamClosePolicy::Commit), Exception);
 }
 
+TEST_F(TransactionTest, NeedsANameToPublish) {
+  const StorageIRI root(u"file:///");
+  try {
+    StorageItem(folder, root).openTransactionalStream({});
+    FAIL();
+  } catch (const Exception& failure) {
+    EXPECT_EQ(failure.getErrorCode(), ErrorCode::InvalidLocation);
+    EXPECT_EQ(failure.getStorageIRI(), root);
+  }
+}
+
 TEST_F(TransactionTest, CopiesAtomically) {
   put("source", std::string(9 * 1024 * 1024, 'x'));
   put("target", "old");

@@ -4,6 +4,7 @@
 #include <foundation/storage/provider/IProvider.h>
 
 #include <fl/i18n/Convert.h>
+#include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
 
@@ -23,6 +24,8 @@ std::u16string scratchName() {
 
 std::unique_ptr<TransactionalStream> IProvider::doOpenTransactionalStream(const StorageIRI& location,
                                                                           const ByteStreamOpenOptions& options) const {
+  if (!location.hasParent() || !location.hasPath())
+    throw Exception(ErrorCode::InvalidLocation, location);
   const auto parent = location.getParent();
   return doOpenTransactionalStreamAtScratchLocation(location, StorageIRI(parent, scratchName()), options);
 }

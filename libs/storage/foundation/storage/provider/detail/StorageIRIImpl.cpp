@@ -20,10 +20,22 @@ std::u16string resolved(const std::u16string& path) {
 
 }  // namespace
 
-// A chain of parents is let go one by one: it may be longer than the stack is deep.
+// A chain of parents is let go one by one: it may be longer than the stack is deep. The outermost destructor
+// of a thread takes each parent over from the one that held it; none touches another location's members.
 StorageIRIImpl::~StorageIRIImpl() {
-  for (auto parent = takeParent(); parent != nullptr && parent.use_count() == 1;)
-    parent = const_cast<StorageIRIImpl&>(*parent).takeParent();  // nobody else can see it any more
+  thread_local Pointer* outermost = nullptr;
+  auto next = takeParent();
+  if (outermost != nullptr) {
+    outermost->swap(next);
+    return;
+  }
+  while (next != nullptr) {
+    Pointer released;
+    released.swap(next);
+    outermost = &next;
+    released.reset();
+    outermost = nullptr;
+  }
 }
 
 StorageIRIImpl::Pointer StorageIRIImpl::takeParent() noexcept {
