@@ -121,6 +121,25 @@ TEST_F(TransactionTest, EndsOnceThoughManyThreadsCloseIt) {
   }
 }
 
+/// Loses what was written when it is closed, and does not know to be closed twice.
+class UnclosableStream : public ByteStream {
+  std::int64_t doRead(char*, std::int64_t) override { return -1; }
+  std::int64_t doWrite(const char*, std::int64_t count) override { return count; }
+  std::streampos doSeek(std::int64_t, int) override { return 0; }
+  void doClose() override { throw ByteStreamCloseFailure(ErrorCode::NoSpaceLeft); }
+};
+
+TEST_F(TransactionTest, NeverCommitsWhatCouldNotBeClosed) {
+  std::vector<StreamClosePolicy> ended;
+  GenericTransactionalStream<ByteStream> stream(std::make_shared<UnclosableStream>(),
+                                                [&](const StreamClosePolicy& policy) { ended.push_back(policy); });
+  for (int attempt = 0; attempt < 2; ++attempt)
+    EXPECT_THROW(stream.close(StreamClosePolicy::Commit), ByteStreamCloseFailure);
+  EXPECT_TRUE(ended.empty());
+  stream.close(StreamClosePolicy::Abort);
+  EXPECT_EQ(ended, std::vector<StreamClosePolicy>{StreamClosePolicy::Abort});
+}
+
 TEST_F(TransactionTest, TriesASecondTimeToCleanUpWhenItIsDropped) {
   int attempts = 0;
   {

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -38,10 +39,25 @@ class GenericTransactionalStream final : public TransactionalStream {
     if (state_.exchange(closed) != open)
       return;
     try {
-      stream_->close();
+      closeStream(policy);
       handler_(policy);
     } catch (...) {
       state_.store(open, std::memory_order_seq_cst);
+      throw;
+    }
+  }
+
+  /// Closes the stream, once. What a stream that failed to close has written may be incomplete: it is never
+  /// committed, however often that is tried, but can still be aborted.
+  void closeStream(const StreamClosePolicy& policy) {
+    if (closeFailure_ && policy == StreamClosePolicy::Commit)
+      std::rethrow_exception(closeFailure_);
+    if (std::exchange(isStreamClosed_, true))
+      return;
+    try {
+      stream_->close();
+    } catch (...) {
+      closeFailure_ = std::current_exception();
       throw;
     }
   }
@@ -64,6 +80,9 @@ class GenericTransactionalStream final : public TransactionalStream {
   std::shared_ptr<Stream> stream_;
   CloseHandler handler_;
   std::atomic<std::int32_t> state_{open};
+  // For whoever has just changed the state from open.
+  bool isStreamClosed_ = false;
+  std::exception_ptr closeFailure_;
 };
 
 }  // namespace foundation::storage::provider
