@@ -27,11 +27,14 @@ class GenericTransactionalStream final : public TransactionalStream {
   GenericTransactionalStream(std::shared_ptr<Stream> stream, CloseHandler handler)
       : stream_(std::move(stream)), handler_(std::move(handler)) {}
 
-  /// Aborts what was not closed. A failure is written to the log; a second attempt is made then, since the
-  /// first may have failed at closing the stream, before the handler could remove anything.
+  /// Aborts what was not closed. Where that fails, a second attempt is made, since the first may have failed
+  /// at closing the stream, before the handler could remove anything; if that fails too, the log says so.
   ~GenericTransactionalStream() override {
-    if (!abortQuietly())
-      abortQuietly();
+    try {
+      doClose(StreamClosePolicy::Abort);
+    } catch (...) {
+      abortAgain();
+    }
   }
 
  private:
@@ -64,13 +67,11 @@ class GenericTransactionalStream final : public TransactionalStream {
 
   ByteStream& doGetByteStream() override { return *stream_; }
 
-  bool abortQuietly() noexcept {
+  void abortAgain() noexcept {
     try {
       doClose(StreamClosePolicy::Abort);
-      return true;
     } catch (...) {
       logFailedAbort();
-      return false;
     }
   }
 

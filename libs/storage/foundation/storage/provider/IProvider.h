@@ -205,7 +205,9 @@ class FOUNDATION_EXPORT IProvider {
   /// Moves a folder to the location `destination` (not into it). Throws `InvalidLocation` with the
   /// destination where that lies inside the source.
   void moveFolder(const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy) const;
-  /// Copies a file's content. After a failure the destination may be incomplete.
+  /// Copies a file's content. Throws `ResourceAlreadyExists` with the destination where a file is there and
+  /// the policy keeps it, and `InvalidLocation` where it is the source. After a failure the destination may
+  /// be incomplete.
   void copyFile(const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy) const {
     doCopyFile(source, destination, policy);
   }
@@ -240,8 +242,18 @@ class FOUNDATION_EXPORT IProvider {
   std::unique_ptr<ByteStream> openStream(const StorageIRI& location, const ByteStreamOpenOptions& options) const;
   /// Opens a file for reading. Throws as `openStream`.
   std::unique_ptr<ByteStream> openReadOnlyStream(const StorageIRI& location) const;
-  /// Opens a file for writing so that nothing shows before the commit. The file begins empty, whatever the
+  /// Opens a file for writing so that nothing of it shows before the commit. It begins empty, whatever the
   /// options say of existing content. The provider must outlive the stream.
+  ///
+  /// By the default the bytes go to a scratch file beside `location`, which listings show as long as the
+  /// transaction lasts: its name is "." + a random UUID + ".tmp.bak". The options are the scratch file's, so
+  /// `NeverCreate` always fails. Committing replaces the file at `location` by a new one: in one step, if
+  /// the store moves in one step, and not necessarily onto the disk already. What the store keeps beside the
+  /// content (permissions, further links) is not carried over, unless the back end says so; that a folder is in the
+  /// way shows only at the commit.
+  ///
+  /// Throws `InvalidLocation` where `location` has no parent folder, and what `openStream` throws, for the
+  /// scratch file.
   std::unique_ptr<TransactionalStream> openTransactionalStream(const StorageIRI& location,
                                                                const ByteStreamOpenOptions& options) const {
     return doOpenTransactionalStream(location, options);

@@ -71,6 +71,9 @@ void IProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destinati
   const bool exists = doFileExists(destination);
   if (exists && preservesExisting(policy))
     throw Exception(ErrorCode::ResourceAlreadyExists, destination);
+  // Opening the destination empties it: not to be done to the source.
+  if (exists && doGetCanonicalLocation(source) == doGetCanonicalLocation(destination))
+    throw Exception(ErrorCode::InvalidLocation, destination);
   auto input = doOpenReadOnlyStream(source);
   auto output = doOpenStream(destination, {.access = ByteStreamAccess::ReadWrite,
                                            .create = ByteStreamCreate::Create,

@@ -33,15 +33,22 @@ std::unique_ptr<TransactionalStream> IProvider::doOpenTransactionalStream(const 
 std::unique_ptr<TransactionalStream> IProvider::doOpenTransactionalStreamAtScratchLocation(
     const StorageIRI& location, const StorageIRI& scratchLocation, const ByteStreamOpenOptions& options) const {
   const bool readable = options.access == ByteStreamAccess::ReadWrite;
-  std::shared_ptr<ByteStream> stream =
-      std::make_shared<SafeByteStream>(doOpenStream(scratchLocation, options), readable, true);
-  const auto finish = [this, scratchLocation, location](const StreamClosePolicy& policy) {
+  std::function<void(const StreamClosePolicy&)> finish = [this, scratchLocation,
+                                                          location](const StreamClosePolicy& policy) {
     if (policy == StreamClosePolicy::Commit)
       doMoveFile(scratchLocation, location, ReplacementPolicy::Overwrite);
     else
       doRemoveFile(scratchLocation);
   };
-  return std::make_unique<GenericTransactionalStream<ByteStream>>(std::move(stream), finish);
+  auto scratch = doOpenStream(scratchLocation, options);
+  try {
+    auto stream = std::make_shared<SafeByteStream>(std::move(scratch), readable, true);
+    return std::make_unique<GenericTransactionalStream<ByteStream>>(std::move(stream), std::move(finish));
+  } catch (...) {  // no memory: nobody will ever close what was opened
+    scratch.reset();
+    doRemoveFile(scratchLocation);
+    throw;
+  }
 }
 
 }  // namespace foundation::storage::provider

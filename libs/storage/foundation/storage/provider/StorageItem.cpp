@@ -4,6 +4,7 @@
 #include <foundation/storage/provider/IConfigurableProvider.h>
 #include <foundation/storage/provider/InvalidateProvider.h>
 #include <foundation/storage/provider/detail/StreamCopy.h>
+#include <foundation/storage/provider/extensions/IFileIdentity.h>
 #include <foundation/storage/provider/extensions/IFlushableFilesystem.h>
 #include <foundation/storage/provider/extensions/IInvalidatable.h>
 
@@ -12,10 +13,11 @@
 namespace foundation::storage::provider {
 namespace {
 
-/// Whether two existing items are one file, as far as their stores can tell: opening it for writing would
-/// destroy what is to be read.
-bool areOneFile(const StorageItem& a, const StorageItem& b) {
-  return a.getScheme() == b.getScheme() && a.getCanonicalLocation() == b.getCanonicalLocation();
+/// Whether two locations of one scheme are one existing file that has several names.
+bool shareAnIdentity(const IProvider& a, const StorageIRI& ofA, const IProvider& b, const StorageIRI& ofB) {
+  const auto* first = dynamic_cast<const extensions::IFileIdentity*>(&a);
+  const auto* second = dynamic_cast<const extensions::IFileIdentity*>(&b);
+  return first != nullptr && second != nullptr && first->getFileIdentity(ofA) == second->getFileIdentity(ofB);
 }
 
 }  // namespace
@@ -66,9 +68,16 @@ TransactionStatus StorageItem::copyFile(const StorageItem& destination, const Co
       return provider_->copyFileAtomic(location_, destination.location_, options.replacementPolicy,
                                        options.interruptCallback);
   }
-  if (exists && areOneFile(*this, destination))
+  if (exists && isSameFileAs(destination))
     throw Exception(ErrorCode::InvalidLocation, destination.location_);
   return detail::copyThroughStreams(*this, destination, options);
+}
+
+bool StorageItem::isSameFileAs(const StorageItem& other) const {
+  if (getScheme() != other.getScheme())
+    return false;
+  return getCanonicalLocation() == other.getCanonicalLocation() ||
+         shareAnIdentity(*provider_, location_, *other.provider_, other.location_);
 }
 
 void StorageItem::copyFile(const StorageItem& destination, const ReplacementPolicy& policy) const {

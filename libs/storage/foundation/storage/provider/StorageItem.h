@@ -66,9 +66,9 @@ class FOUNDATION_EXPORT StorageItem {
   /// the provider, if it can do what the options ask; all else goes through streams in blocks of 4 MiB.
   ///
   /// Throws `ResourceAlreadyExists` with the destination's location, before anything else happens, where
-  /// a file is there and the policy keeps it. With `TransactionPolicy::Atomic` the destination is either
-  /// untouched or whole. A file is not copied onto itself: `InvalidLocation`. With `NonAtomic`, a copy that fails or is
-  /// interrupted leaves what was written.
+  /// a file is there and the policy keeps it. A file is not copied onto itself, under whatever name:
+  /// `InvalidLocation`. With `TransactionPolicy::Atomic` the destination is either untouched or whole. With
+  /// `NonAtomic`, a copy that fails or is interrupted leaves what was written.
   /// @return `Aborted` where the callback ended the copy
   TransactionStatus copyFile(const StorageItem& destination, const CopyFileOptions& options) const;
 
@@ -132,6 +132,9 @@ class FOUNDATION_EXPORT StorageItem {
   friend FOUNDATION_EXPORT void invalidateProvider(const StorageItem& item);
 
   bool hasSameProviderInstance(const StorageItem& other) const { return provider_ == other.provider_; }
+  /// Whether two existing items are one file, as far as their stores can tell: opening it for writing would
+  /// destroy what is to be read.
+  bool isSameFileAs(const StorageItem& other) const;
 
   std::shared_ptr<IProvider> provider_;
   StorageIRI location_;

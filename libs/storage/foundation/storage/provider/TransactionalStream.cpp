@@ -3,8 +3,32 @@
 #include <foundation/log/DiagnosticLogger.h>
 #include <foundation/log/detail/ExceptionChain.h>
 #include <foundation/storage/provider/ByteStream.h>
+#include <foundation/storage/provider/ByteStreamFailure.h>
+#include <foundation/storage/provider/Exception.h>
+#include <foundation/storage/provider/LogText.h>
+
+#include <sstream>
 
 namespace foundation::storage::provider {
+namespace {
+
+/// What the exception being handled says. The texts of the library's own failures show whole locations, and
+/// so perhaps passwords: of those the code is given, and the location as it may stand in a log.
+std::string reasonForLog() {
+  std::ostringstream text;
+  try {
+    throw;
+  } catch (const Exception& failure) {
+    text << failure.getErrorCode() << " at " << toLogText(failure.getStorageIRI());
+  } catch (const ByteStreamFailure& failure) {
+    text << failure.getErrorCode();
+  } catch (...) {
+    text << log::detail::current_exception_chain_as_string();
+  }
+  return text.str();
+}
+
+}  // namespace
 
 TransactionalStream::~TransactionalStream() = default;
 
@@ -23,7 +47,7 @@ void TransactionalStream::logFailedAbort() noexcept {
     const log::diagnostic_logger logger("foundation::storage::provider");
     logger.write(log::Level::error, "Error in aborting a transaction.");
     if (logger.passes(log::Level::detail))
-      logger.write(log::Level::detail, "Exception caught: " + log::detail::current_exception_chain_as_string());
+      logger.write(log::Level::detail, "Exception caught: " + reasonForLog());
   } catch (...) {  // no memory for the record; the abort has failed all the same
   }
 }

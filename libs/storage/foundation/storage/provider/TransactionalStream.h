@@ -37,8 +37,8 @@ class FOUNDATION_EXPORT TransactionalStream : private boost::noncopyable {
   TransactionalStream() = default;
 
   /// For destructors, which swallow the failure: writes to the diagnostic log (channel
-  /// "foundation::storage::provider") that aborting failed, and why: the exception being handled. What was
-  /// written may have been left behind.
+  /// "foundation::storage::provider") that aborting failed, and why: the exception being handled, without
+  /// passwords that its location may hold. What was written may have been left behind.
   static void logFailedAbort() noexcept;
 
  private:
