@@ -1,10 +1,14 @@
-# foundation_library(TARGET ALIAS NAME SOURCES file... HEADERS file... [PUBLIC lib...] [PRIVATE lib...])
+# foundation_library(TARGET [STATIC] ALIAS NAME SOURCES file... HEADERS file... [PUBLIC lib...] [PRIVATE lib...])
 #
-# A shared library of this project. The calling folder is its one include root; HEADERS are its public
+# A library of this project, shared unless told. The calling folder is its one include root; HEADERS are its public
 # headers, and each of them is compiled alone by the target all_verify_interface_header_sets.
 function(foundation_library target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "ALIAS" "SOURCES;HEADERS;PUBLIC;PRIVATE")
-  add_library(${target} SHARED ${arg_SOURCES})
+  cmake_parse_arguments(PARSE_ARGV 1 arg "STATIC" "ALIAS" "SOURCES;HEADERS;PUBLIC;PRIVATE")
+  if(arg_STATIC)
+    add_library(${target} STATIC ${arg_SOURCES})
+  else()
+    add_library(${target} SHARED ${arg_SOURCES})
+  endif()
   add_library(${arg_ALIAS} ALIAS ${target})
   target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${CMAKE_CURRENT_SOURCE_DIR}" FILES ${arg_HEADERS})
   target_link_libraries(${target} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})

@@ -1,8 +1,8 @@
 #include "support/Thrown.h"
-#include "support/Together.h"
 #include <foundation/storage/provider/FolderEntry.h>
 #include <foundation/storage/provider/ProviderCacheUsage.h>
 #include <foundation/storage/provider/ProviderStorageInfo.h>
+#include <foundation/storage/testing/Together.h>
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 #include <gtest/gtest.h>
@@ -26,8 +26,8 @@ Attributes make(Writable writable) {
 }
 
 template <class Attributes>
-class EntryAttributes : public testing::Test {};
-using Kinds = testing::Types<FileAttributes, FolderAttributes>;
+class EntryAttributes : public ::testing::Test {};
+using Kinds = ::testing::Types<FileAttributes, FolderAttributes>;
 TYPED_TEST_SUITE(EntryAttributes, Kinds, );
 
 TYPED_TEST(EntryAttributes, ShareOneRecordAmongCopies) {
@@ -52,7 +52,7 @@ TYPED_TEST(EntryAttributes, AskForAFlagOnceAndOnlyOnDemand) {
     attributes.withHiddenAttribute(find).withSymlinkStatusAttribute(find);
     const auto copy = attributes;
     EXPECT_EQ(calls, 0);
-    test::together(8, [&](std::size_t number) {
+    testing::together(8, [&](std::size_t number) {
       const auto& one = number % 2 == 0 ? attributes : copy;
       yes += one.isWritable() + one.isHidden() + one.isSymlink();
     });

@@ -1,10 +1,10 @@
 #include "support/Thrown.h"
-#include "support/Together.h"
 #include <foundation/core/except/IException.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/ChangeEventsNotSupportedException.h>
 #include <foundation/storage/provider/ChangeEventsSubscriptionException.h>
 #include <foundation/storage/provider/Exception.h>
+#include <foundation/storage/testing/Together.h>
 
 #include <boost/exception/get_error_info.hpp>
 #include <boost/exception_ptr.hpp>
@@ -103,7 +103,7 @@ void expectClonesOfTheirOwn(Failure original) {
   if constexpr (requires { original.setExceptionContexts({}); })
     original.setExceptionContexts(frames());
   boost::exception_ptr pointer;
-  test::together(1, [&](std::size_t) {
+  testing::together(1, [&](std::size_t) {
     try {
       throw original;
     } catch (...) {
@@ -111,7 +111,7 @@ void expectClonesOfTheirOwn(Failure original) {
     }
   });
   std::array<std::string, 8> seen;
-  test::together(8, [&](std::size_t number) {
+  testing::together(8, [&](std::size_t number) {
     try {
       boost::rethrow_exception(pointer);
     } catch (Failure& clone) {
@@ -148,7 +148,7 @@ TEST(Exception, IsReadByManyThreadsThroughOnePointer) {
   for (int round = 0; round < 50; ++round) {
     const auto pointer = std::make_exception_ptr(Exception(ErrorCode::ResourceNotFound, location));
     std::array<const char*, 8> seen{};
-    test::together(8, [&](std::size_t number) {
+    testing::together(8, [&](std::size_t number) {
       try {
         std::rethrow_exception(pointer);
       } catch (const IException& failure) {

@@ -1,5 +1,5 @@
-#include "support/Together.h"
 #include <foundation/storage/provider/detail/LazyValue.h>
+#include <foundation/storage/testing/Together.h>
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ TEST(LazyValue, IsComputedOnceByConcurrentFirstReaders) {
     const LazyValue<std::string> value;
     std::atomic<int> calls{0};
     std::vector<const std::string*> seen(8);
-    test::together(8, [&](std::size_t number) {
+    testing::together(8, [&](std::size_t number) {
       seen[number] = &value.get([&calls] { return std::to_string(++calls) + std::string(100, 'x'); });
     });
     ASSERT_EQ(calls, 1);
@@ -30,7 +30,7 @@ TEST(LazyValue, IsComputedAgainAfterAThrow) {
     const LazyValue<int> value;
     std::atomic<int> calls{0};
     std::atomic<int> failed{0};
-    test::together(4, [&](std::size_t) {
+    testing::together(4, [&](std::size_t) {
       try {
         value.get([&calls] { return ++calls < 3 ? throw std::runtime_error("not yet") : 7; });
       } catch (const std::runtime_error&) {

@@ -1,10 +1,10 @@
 #include "support/Thrown.h"
-#include "support/Together.h"
 #include <fl/i18n/Convert.h>
 #include <foundation/core/except/IException.h>
 #include <foundation/network/IRISyntaxException.h>
 #include <foundation/storage/provider/LocalPath.h>
 #include <foundation/storage/provider/StorageIRI.h>
+#include <foundation/storage/testing/Together.h>
 
 #include <boost/container_hash/hash.hpp>
 #include <gtest/gtest.h>
@@ -289,7 +289,7 @@ TEST(StorageIRI, ComputesOnceForManyFirstReaders) {
       const StorageIRI location(parent, u"€ /../x");
       std::vector<std::vector<const std::u16string*>> seen(8);
       std::vector<std::uint64_t> hashes(8);
-      test::together(8, [&](std::size_t number) {
+      testing::together(8, [&](std::size_t number) {
         hashes[number] = location.hashValue();
         seen[number] = {&location.toAsciiString(), &location.toString(),        &location.getPath(),
                         &location.getName(),       &location.getResolvedPath(), &location.getParent().toString()};

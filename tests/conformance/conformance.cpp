@@ -1,0 +1,45 @@
+// Our back ends, what each can do, and the kit's checks over them.
+
+#include <fl/i18n/Convert.h>
+#include <foundation/storage/backend/local/LocalProviderFactory.h>
+#include <foundation/storage/provider/LocalPath.h>
+#include <foundation/storage/testing/Conformance.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace foundation::storage::testing {
+namespace {
+
+Place makeLocalFolder() {
+  auto path = (std::filesystem::temp_directory_path() / "foundation-conformance-XXXXXX").string();
+  if (mkdtemp(path.data()) == nullptr)
+    throw std::runtime_error("no temporary folder");
+  const auto location = provider::toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(path)));
+  const auto removeAll = [path](const provider::StorageItem* item) {
+    delete item;
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+  };
+  return {new provider::StorageItem(backend::local::LocalProviderFactory().buildProvider(location), location),
+          removeAll};
+}
+
+std::vector<BackEnd> ourBackEnds() {
+  using enum Capability;
+  return {
+      {.name = "Local",
+       .makeEmptyFolder = makeLocalFolder,
+       .capabilities = {Write, Append, RandomAccess, AtomicReplacement, ExclusiveCreation, AnyName, HugeFiles}},
+  };
+}
+
+}  // namespace
+}  // namespace foundation::storage::testing
+
+int main(int argc, char** argv) {
+  using namespace foundation::storage::testing;
+  return runConformance(argc, argv, ourBackEnds());
+}
