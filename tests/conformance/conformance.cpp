@@ -1,5 +1,7 @@
 // Our back ends, what each can do, and the kit's checks over them.
 
+#include "MemoryStore.h"
+
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/LocalProviderFactory.h>
 #include <foundation/storage/provider/LocalPath.h>
@@ -30,6 +32,12 @@ Place makeLocalFolder() {
 std::vector<BackEnd> ourBackEnds() {
   using enum Capability;
   return {
+      {.name = "Memory",
+       .makeEmptyFolder = [] { return rootOf(makeMemoryProvider()); },
+       .capabilities = {Write, Append, RandomAccess, Wildcards, RecursiveListing, RecursiveRemoval, AtomicCopy,
+                        AtomicReplacement, ExclusiveCreation, SetLastModified, SetWritable, StorageInfo, LimitedSpace,
+                        AnyName, HugeFiles},
+       .makeSmallFolder = [](std::uint64_t bytes) { return rootOf(makeMemoryProvider(bytes)); }},
       {.name = "Local",
        .makeEmptyFolder = makeLocalFolder,
        .capabilities = {Write, Append, RandomAccess, AtomicReplacement, ExclusiveCreation, AnyName, HugeFiles}},

@@ -82,11 +82,19 @@ CheckGroup writeChecks() {
            {Capability::RandomAccess}},
           {"DoesNotCreateUnlessAsked",
            [](Store& s) {
-             for (const auto truncate : {ByteStreamTruncate::TruncateExisting, ByteStreamTruncate::PreserveExisting})
-               EXPECT_TRUE(refuses(ErrorCode::ResourceNotFound, s.item(u"a"),
-                                   [&] { s.item(u"a").openStream(neverCreating(truncate)); }));
+             EXPECT_TRUE(refuses(ErrorCode::ResourceNotFound, s.item(u"a"), [&] {
+               s.item(u"a").openStream(neverCreating(ByteStreamTruncate::TruncateExisting));
+             }));
              EXPECT_EQ(s.names(), Names{});
            }},
+          {"DoesNotCreateUnlessAskedToPatch",
+           [](Store& s) {
+             EXPECT_TRUE(refuses(ErrorCode::ResourceNotFound, s.item(u"a"), [&] {
+               s.item(u"a").openStream(neverCreating(ByteStreamTruncate::PreserveExisting));
+             }));
+             EXPECT_EQ(s.names(), Names{});
+           },
+           {Capability::RandomAccess}},
           {"OpensWhatExistsWithoutCreating",
            [](Store& s) {
              s.fill({{u"a", "old"}});

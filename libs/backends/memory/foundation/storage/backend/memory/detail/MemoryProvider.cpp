@@ -1,0 +1,245 @@
+#include <foundation/storage/backend/memory/detail/MemoryProvider.h>
+
+#include <foundation/storage/backend/memory/detail/Failure.h>
+#include <foundation/storage/backend/memory/detail/FileCopy.h>
+#include <foundation/storage/backend/memory/detail/MemoryByteStream.h>
+#include <foundation/storage/backend/support/EntryList.h>
+#include <foundation/storage/backend/support/FilteredListing.h>
+#include <foundation/storage/backend/support/Options.h>
+
+#include <utility>
+
+namespace foundation::storage::backend::memory::detail {
+
+using provider::ByteStream;
+using provider::ByteStreamAppend;
+using provider::ByteStreamCreate;
+using provider::ByteStreamOpenOptions;
+using provider::ByteStreamTruncate;
+using provider::ErrorCode;
+using provider::Exception;
+using provider::ExistenceType;
+using provider::ExtendedFeature;
+
+namespace {
+
+// What the listings give.
+constexpr ListingScope all{};
+constexpr ListingScope files{.only = Kind::File};
+constexpr ListingScope folders{.only = Kind::Folder};
+constexpr ListingScope allNames{.givesAttributes = false};
+constexpr ListingScope fileNames{.only = Kind::File, .givesAttributes = false};
+constexpr ListingScope folderNames{.only = Kind::Folder, .givesAttributes = false};
+constexpr ListingScope tree{.isRecursive = true};
+constexpr ListingScope treeNames{.isRecursive = true, .givesAttributes = false};
+
+/// Opening fails as a stream does.
+template <class Open>
+std::unique_ptr<ByteStream> opened(const provider::StorageIRI& location, const Open& open) {
+  try {
+    return open();
+  } catch (const Exception& refused) {
+    const auto reason = refused.topExceptionContext()->getExceptionContextInfo()->getProviderMessage();
+    throw streamRefusal<provider::ByteStreamOpenFailure>(refused.getErrorCode(), location, reason);
+  }
+}
+
+}  // namespace
+
+MemoryProvider::MemoryProvider(StorageIRI root) : root_(std::move(root)) {}
+MemoryProvider::~MemoryProvider() = default;
+
+void MemoryProvider::doCreateFile(const StorageIRI& location) const { tree_->createFile(place(location)); }
+void MemoryProvider::doCreateFolder(const StorageIRI& location) const { tree_->createFolder(place(location)); }
+
+bool MemoryProvider::doFileExists(const StorageIRI& location) const {
+  return tree_->kindOf(place(location)) == Kind::File;
+}
+
+bool MemoryProvider::doFolderExists(const StorageIRI& location) const {
+  return tree_->kindOf(place(location)) == Kind::Folder;
+}
+
+ExistenceType MemoryProvider::doExists(const StorageIRI& location) const {
+  const auto kind = tree_->kindOf(place(location));
+  if (!kind)
+    return ExistenceType::AsNeither;
+  return kind == Kind::File ? ExistenceType::AsFile : ExistenceType::AsFolder;
+}
+
+void MemoryProvider::doRemoveFile(const StorageIRI& location) const { tree_->remove(place(location), Kind::File); }
+void MemoryProvider::doRemoveFolder(const StorageIRI& location) const { tree_->remove(place(location), Kind::Folder); }
+
+void MemoryProvider::doRemoveFolderRecursively(const StorageIRI& location) const {
+  tree_->removeRecursively(place(location));
+}
+
+void MemoryProvider::doMoveFile(const StorageIRI& source, const StorageIRI& destination,
+                                const ReplacementPolicy& policy) const {
+  tree_->move(place(source), place(destination), policy, Kind::File);
+}
+
+void MemoryProvider::doMoveFolder(const StorageIRI& source, const StorageIRI& destination,
+                                  const ReplacementPolicy& policy) const {
+  tree_->move(place(source), place(destination), policy, Kind::Folder);
+}
+
+provider::FileAttributes MemoryProvider::doGetFileAttributes(const StorageIRI& location) const {
+  return tree_->fileAttributes(place(location));
+}
+
+provider::FolderAttributes MemoryProvider::doGetFolderAttributes(const StorageIRI& location) const {
+  return tree_->folderAttributes(place(location));
+}
+
+std::unique_ptr<ByteStream> MemoryProvider::doOpenStream(const StorageIRI& location,
+                                                         const ByteStreamOpenOptions& options) const {
+  const auto mode = options.append == ByteStreamAppend::Append ? MemoryByteStream::Mode::Appending
+                                                               : MemoryByteStream::Mode::Positioned;
+  return opened(location, [&] {
+    auto content = tree_->fileForWriting(place(location), options.create);
+    auto stream = std::make_unique<MemoryByteStream>(content, mode, location);
+    if (options.truncate == ByteStreamTruncate::TruncateExisting)
+      content->resize(0);
+    return stream;
+  });
+}
+
+std::unique_ptr<ByteStream> MemoryProvider::doOpenReadOnlyStream(const StorageIRI& location) const {
+  return opened(location, [&] {
+    return std::make_unique<MemoryByteStream>(tree_->file(place(location)).content, MemoryByteStream::Mode::Positioned,
+                                              location);
+  });
+}
+
+MemoryProvider::Listing MemoryProvider::list(const StorageIRI& location, const ListingScope& scope) const {
+  return std::make_unique<support::EntryList>(
+      [entries = tree_, folder = place(location), scope] { return entries->list(folder, scope); });
+}
+
+MemoryProvider::Listing MemoryProvider::list(const StorageIRI& location, const ListingScope& scope,
+                                             const std::u16string& wildcard) const {
+  return std::make_unique<support::FilteredListing>(list(location, scope), support::Wildcard(wildcard));
+}
+
+MemoryProvider::Listing MemoryProvider::doListAll(const StorageIRI& location) const { return list(location, all); }
+
+MemoryProvider::Listing MemoryProvider::doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const {
+  return list(location, all, wildcard);
+}
+
+MemoryProvider::Listing MemoryProvider::doListFiles(const StorageIRI& location) const { return list(location, files); }
+
+MemoryProvider::Listing MemoryProvider::doListFilesWildcards(const StorageIRI& location,
+                                                             std::u16string wildcard) const {
+  return list(location, files, wildcard);
+}
+
+MemoryProvider::Listing MemoryProvider::doListFolders(const StorageIRI& location) const {
+  return list(location, folders);
+}
+
+MemoryProvider::Listing MemoryProvider::doListFoldersWildcards(const StorageIRI& location,
+                                                               std::u16string wildcard) const {
+  return list(location, folders, wildcard);
+}
+
+MemoryProvider::Listing MemoryProvider::doListAllNamesOnly(const StorageIRI& location) const {
+  return list(location, allNames);
+}
+
+MemoryProvider::Listing MemoryProvider::doListAllNamesOnlyWildcards(const StorageIRI& location,
+                                                                    std::u16string wildcard) const {
+  return list(location, allNames, wildcard);
+}
+
+MemoryProvider::Listing MemoryProvider::doListFoldersNamesOnly(const StorageIRI& location) const {
+  return list(location, folderNames);
+}
+
+MemoryProvider::Listing MemoryProvider::doListFoldersNamesOnlyWildcards(const StorageIRI& location,
+                                                                        std::u16string wildcard) const {
+  return list(location, folderNames, wildcard);
+}
+
+MemoryProvider::Listing MemoryProvider::doListFilesNamesOnly(const StorageIRI& location) const {
+  return list(location, fileNames);
+}
+
+MemoryProvider::Listing MemoryProvider::doListFilesNamesOnlyWildcards(const StorageIRI& location,
+                                                                      std::u16string wildcard) const {
+  return list(location, fileNames, wildcard);
+}
+
+MemoryProvider::Listing MemoryProvider::doListAllRecursive(const StorageIRI& location) const {
+  return list(location, tree);
+}
+
+MemoryProvider::Listing MemoryProvider::doListAllRecursiveWildcards(const StorageIRI& location,
+                                                                    std::u16string wildcard) const {
+  return list(location, tree, wildcard);
+}
+
+MemoryProvider::Listing MemoryProvider::doListAllRecursiveNamesOnly(const StorageIRI& location) const {
+  return list(location, treeNames);
+}
+
+MemoryProvider::Listing MemoryProvider::doListAllRecursiveNamesOnlyWildcards(const StorageIRI& location,
+                                                                             std::u16string wildcard) const {
+  return list(location, treeNames, wildcard);
+}
+
+void MemoryProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destination,
+                                const ReplacementPolicy& policy) const {
+  copyAside(*tree_, place(source), place(destination), policy, nullptr);
+}
+
+provider::TransactionStatus MemoryProvider::doCopyFileAtomic(
+    const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy,
+    const provider::InterruptCallback& interruptCallback) const {
+  return copyAside(*tree_, place(source), place(destination), policy, interruptCallback);
+}
+
+void MemoryProvider::doSetLastModified(const StorageIRI& location, const boost::posix_time::ptime& time) const {
+  if (time.is_special())
+    throw refusal(ErrorCode::UnsupportedOperation, location, u"This is no point in time");
+  tree_->setLastModified(place(location), time);
+}
+
+void MemoryProvider::doSetWritable(const StorageIRI& location, bool writable) const {
+  tree_->setWritable(place(location), writable);
+}
+
+bool MemoryProvider::doHasFeature(const ExtendedFeature& feature) const {
+  return feature == ExtendedFeature::RecursiveFolderRemoval || feature == ExtendedFeature::AtomicFileCopy;
+}
+
+provider::StorageIRI MemoryProvider::doGetCanonicalLocation(const StorageIRI& location) const {
+  std::u16string path;
+  for (const auto& name : place(location).names)
+    path += u"/" + name;
+  return StorageIRI(root_, path);
+}
+
+provider::ProviderStorageInfo MemoryProvider::doGetProviderStorageInfo(const StorageIRI& location) const {
+  place(location);
+  const auto& space = tree_->space();
+  return provider::ProviderStorageInfo().withStorageCapacity(space.capacity()).withSpaceOccupied(space.occupied());
+}
+
+void MemoryProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const {
+  const auto content = tree_->fileForWriting(place(location), ByteStreamCreate::NeverCreate);
+  if (newSize > FileContent::maximumSize)
+    throw refusal(ErrorCode::FileTooLarge, location, u"No file can be longer than 2^63 - 1 bytes");
+  if (!content->resize(newSize))
+    throw refusal(ErrorCode::NoSpaceLeft, location, u"The store is full");
+}
+
+void MemoryProvider::doConfigure(boost::property_tree::ptree configuration) {
+  support::Options options(std::move(configuration));
+  const auto capacity = options.takeBytes("capacity");
+  options.requireNoMore();
+  tree_->space().setCapacity(capacity.value_or(Space::unlimited));
+}
+
+}  // namespace foundation::storage::backend::memory::detail

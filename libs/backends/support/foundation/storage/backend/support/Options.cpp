@@ -1,0 +1,52 @@
+#include <foundation/storage/backend/support/Options.h>
+
+#include <foundation/storage/backend/support/InvalidOptionException.h>
+
+#include <charconv>
+#include <utility>
+
+namespace foundation::storage::backend::support {
+
+Options::Options(boost::property_tree::ptree tree) : tree_(std::move(tree)) {}
+Options::~Options() = default;
+
+std::optional<std::string> Options::takeText(const std::string& key) {
+  taken_.insert(key);
+  if (tree_.count(key) > 1)
+    throw InvalidOptionException(key, "it is given more than once");
+  const auto found = tree_.find(key);
+  if (found == tree_.not_found())
+    return std::nullopt;
+  if (!found->second.empty())
+    throw InvalidOptionException(key, "it takes one value, not options of its own");
+  return found->second.data();
+}
+
+std::optional<std::uint64_t> Options::takeBytes(const std::string& key) {
+  const auto text = takeText(key);
+  if (!text)
+    return std::nullopt;
+  std::uint64_t bytes = 0;
+  const auto* end = text->data() + text->size();
+  const auto [stop, error] = std::from_chars(text->data(), end, bytes);
+  if (error != std::errc() || stop != end)
+    throw InvalidOptionException(key, "\"" + *text + "\" is no number of bytes");
+  return bytes;
+}
+
+std::optional<bool> Options::takeFlag(const std::string& key) {
+  const auto text = takeText(key);
+  if (!text)
+    return std::nullopt;
+  if (*text != "true" && *text != "false")
+    throw InvalidOptionException(key, "\"" + *text + "\" is neither true nor false");
+  return *text == "true";
+}
+
+void Options::requireNoMore() const {
+  for (const auto& [key, value] : tree_)
+    if (!taken_.contains(key))
+      throw InvalidOptionException(key, "this store has no such option");
+}
+
+}  // namespace foundation::storage::backend::support
