@@ -1,16 +1,12 @@
+#include "support/LogRecords.h"
 #include <foundation/log/DiagnosticLogger.h>
 #include <foundation/log/detail/ExceptionChain.h>
 
 #include <boost/exception/enable_current_exception.hpp>
 #include <boost/exception/errinfo_nested_exception.hpp>
 #include <boost/exception_ptr.hpp>
-#include <boost/log/attributes/value_extraction.hpp>
 #include <boost/log/core/core.hpp>
-#include <boost/log/expressions/message.hpp>
-#include <boost/log/sinks/basic_sink_backend.hpp>
-#include <boost/log/sinks/sync_frontend.hpp>
 #include <boost/log/utility/exception_handler.hpp>
-#include <boost/smart_ptr/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,38 +19,15 @@
 namespace foundation::log {
 namespace {
 
-struct Record {
-  std::string channel;
-  std::uint32_t severity;
-  std::string message;
-  bool operator==(const Record&) const = default;
-};
-
-/// Keeps the records that come out of the log.
-class Collector : public boost::log::sinks::basic_sink_backend<boost::log::sinks::synchronized_feeding> {
- public:
-  void consume(const boost::log::record_view& record) {
-    if (fails)
-      throw std::runtime_error("the disk is full");
-    records.push_back({*boost::log::extract<std::string>("Channel", record),
-                       *boost::log::extract<std::uint32_t>("Severity", record),
-                       *boost::log::extract<std::string>("Message", record)});
-  }
-  std::vector<Record> records;
-  bool fails = false;
-};
+using test::Record;
 
 class DiagnosticLoggerTest : public testing::Test {
  protected:
-  DiagnosticLoggerTest() { boost::log::core::get()->add_sink(sink_); }
-  ~DiagnosticLoggerTest() override { boost::log::core::get()->remove_sink(sink_); }
-
-  std::vector<Record> records() { return sink_->locked_backend()->records; }
-  void setFailing(bool fails) { sink_->locked_backend()->fails = fails; }
+  std::vector<Record> records() const { return log_.all(); }
+  void setFailing(bool fails) { log_.setFailing(fails); }
 
  private:
-  using Sink = boost::log::sinks::synchronous_sink<Collector>;
-  boost::shared_ptr<Sink> sink_ = boost::make_shared<Sink>();
+  test::LogRecords log_;
 };
 
 TEST_F(DiagnosticLoggerTest, WritesWhatTheChannelLetsThrough) {
