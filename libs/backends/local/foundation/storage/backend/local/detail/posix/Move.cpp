@@ -1,8 +1,10 @@
 #include <foundation/storage/backend/local/detail/posix/Move.h>
 
+#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
+#include <foundation/storage/provider/ScratchFiles.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -55,12 +57,23 @@ bool areHardLinks(const struct stat& source, const std::string& from, const std:
   return known && !(sameName && isSameFile(fromFolder, toFolder));
 }
 
+int moveFileWhereAbsent(const std::string& from, const std::string& to) {
+  if (link(from.c_str(), to.c_str()) == -1)
+    return -1;
+  if (unlink(from.c_str()) == 0)
+    return 0;
+  const int error = errno;
+  unlink(to.c_str());
+  errno = error;
+  return -1;
+}
+
 /// For file systems without an exclusive rename. A file can be linked exclusively; a folder cannot, so
 /// there is a moment between the look and the rename in which somebody may create the destination: an
 /// empty folder would then be replaced, anything else make the rename fail.
 int moveWhereAbsent(const std::string& from, const std::string& to, MovedEntry kind) {
   if (kind == MovedEntry::File)
-    return link(from.c_str(), to.c_str()) == -1 ? -1 : unlink(from.c_str());
+    return moveFileWhereAbsent(from, to);
   struct stat status;
   if (lstat(to.c_str(), &status) == 0) {
     errno = EEXIST;
@@ -73,6 +86,25 @@ int renameExclusively(const std::string& from, const std::string& to, MovedEntry
   const int result = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
   // EINVAL also says that a folder was to be moved into itself; the plain rename will say so again.
   return result == -1 && (errno == EINVAL || errno == ENOSYS) ? moveWhereAbsent(from, to, kind) : result;
+}
+
+/// For two names of one file, which rename(2) would leave both. To look and then remove `from` is no way: of
+/// two opposite moves each could remove what the other relies on. Instead each takes its own name aside, and
+/// removes nothing but that, and only after it has found the file at `to`. Of any number of such moves, the
+/// one that found it last saw a name that can since have gone aside only in a move that gives it back.
+///
+/// Aside is in the folder of `from`: where a name could be changed once, it can be changed back.
+void moveOntoOtherName(const StorageIRI& source, const std::string& from, const StorageIRI& destination,
+                       const std::string& to) {
+  const auto aside = folderOf(from) + fl::i18n::to_string(provider::makeScratchName());
+  if (rename(from.c_str(), aside.c_str()) == -1)
+    throw systemFailure(errno, "rename", source);
+  const bool isMoved = rename(aside.c_str(), to.c_str()) == 0;
+  if (isMoved && (unlink(aside.c_str()) == 0 || errno == ENOENT))
+    return;
+  const int error = errno;
+  renameExclusively(aside, from, MovedEntry::File);  // where `from` is taken by now, both are kept
+  throw systemFailure(error, isMoved ? "unlink" : "rename", destination);
 }
 
 }  // namespace
@@ -88,8 +120,7 @@ void moveEntry(const StorageIRI& source, const StorageIRI& destination, provider
     if (renameExclusively(from, to, kind) == -1)
       throw systemFailure(errno, "rename", destination);
   } else if (areHardLinks(status, from, to)) {
-    if (unlink(from.c_str()) == -1)
-      throw systemFailure(errno, "unlink", source);
+    moveOntoOtherName(source, from, destination, to);
   } else if (rename(from.c_str(), to.c_str()) == -1) {
     // On some systems a folder that is not empty "exists".
     throw systemFailure(errno == EEXIST ? ENOTEMPTY : errno, "rename", destination);

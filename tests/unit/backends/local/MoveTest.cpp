@@ -1,0 +1,177 @@
+// Moves that others interfere with, and moves on file systems that can do less.
+
+#include "TemporaryFolder.h"
+
+#include <foundation/core/Export.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <latch>
+#include <string_view>
+#include <sys/syscall.h>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::atomic<bool> knowsExclusiveRename = true;
+std::atomic<const char*> busyName = nullptr;
+
+}  // namespace
+
+// These take the place of the system's for the whole test program.
+
+extern "C" FOUNDATION_EXPORT int rename(const char* from, const char* to) noexcept {
+  if (const char* name = busyName; name != nullptr && std::string_view(to).ends_with(name)) {
+    errno = EBUSY;
+    return -1;
+  }
+  return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+extern "C" FOUNDATION_EXPORT int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                                           unsigned int flags) noexcept {
+  if (!knowsExclusiveRename && flags != 0) {
+    errno = EINVAL;  // rename(2): "The filesystem does not support one of the flags"
+    return -1;
+  }
+  return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+}
+
+namespace foundation::storage::backend::local {
+namespace {
+
+namespace fs = std::filesystem;
+
+class WithoutExclusiveRename {
+ public:
+  WithoutExclusiveRename() { knowsExclusiveRename = false; }
+  ~WithoutExclusiveRename() { knowsExclusiveRename = true; }
+};
+
+/// Nothing can be renamed to paths that end like this one.
+class WithBusyName {
+ public:
+  explicit WithBusyName(const char* name) { busyName = name; }
+  ~WithBusyName() { busyName = nullptr; }
+};
+
+class MoveTest : public LocalTest {
+ protected:
+  std::vector<std::string> namesIn(const std::string& folderName) const {
+    std::vector<std::string> found;
+    for (const auto& entry : fs::directory_iterator(native(folderName)))
+      found.push_back(entry.path().filename().string());
+    std::sort(found.begin(), found.end());
+    return found;
+  }
+
+  /// Moves each of `names` onto the next one, the last onto the first, all at once.
+  void moveAround(const std::vector<std::string>& names) const {
+    std::latch start(static_cast<std::ptrdiff_t>(names.size()));
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < names.size(); ++i)
+      threads.emplace_back([this, &start, &names, i] {
+        const StorageItem from = child(fl::i18n::to_ustring("names/" + names[i]));
+        const StorageItem to = child(fl::i18n::to_ustring("names/" + names[(i + 1) % names.size()]));
+        start.arrive_and_wait();
+        EXPECT_NO_THROW(from.moveFile(to.getLocation(), ReplacementPolicy::Overwrite));
+      });
+    for (auto& thread : threads)
+      thread.join();
+  }
+
+  void makeHardLinks(const std::vector<std::string>& names) const {
+    fs::create_directory(native("names"));
+    put("names/" + names.front(), "content");
+    for (auto name = names.begin() + 1; name != names.end(); ++name)
+      fs::create_hard_link(native("names/" + names.front()), native("names/" + *name));
+  }
+};
+
+TEST_F(MoveTest, NeverLosesTheLastNameOfAFile) {
+  for (const std::vector<std::string>& names : {std::vector<std::string>{"a", "b"}, {"a", "b", "c", "d"}})
+    for (int round = 0; round < 1000; ++round) {
+      makeHardLinks(names);
+      moveAround(names);
+      const auto left = namesIn("names");
+      ASSERT_FALSE(left.empty()) << "round " << round;
+      for (const auto& name : left) {
+        ASSERT_EQ(std::count(names.begin(), names.end(), name), 1) << name;
+        ASSERT_EQ(content("names/" + name), "content");
+      }
+      fs::remove_all(native("names"));
+    }
+}
+
+TEST_F(MoveTest, GivesTheNameBackWhereTheOtherCannotBeReplaced) {
+  makeHardLinks({"a", "b"});
+  const WithBusyName mountPoint("/b");
+  const auto target = child(u"names/b").getLocation();
+  const auto move = [&] { child(u"names/a").moveFile(target, ReplacementPolicy::Overwrite); };
+  EXPECT_EQ(codeThrownAt(target, move), ErrorCode::ResourceInUse);
+  EXPECT_EQ(namesIn("names"), (std::vector<std::string>{"a", "b"}));
+  const WithoutExclusiveRename old;
+  EXPECT_EQ(codeThrownAt(target, move), ErrorCode::ResourceInUse);
+  EXPECT_EQ(namesIn("names"), (std::vector<std::string>{"a", "b"}));
+}
+
+/// In a sticky folder others' files can neither be replaced nor removed.
+class StickyFolderTest : public MoveTest {
+ protected:
+  void SetUp() override {
+    if (geteuid() != 0)
+      GTEST_SKIP() << "only root can make files for others";
+    fs::create_directory(native("open"));
+    fs::create_directory(native("sticky"));
+    ASSERT_EQ(chmod(native("open").c_str(), 0777), 0);
+    ASSERT_EQ(chmod(native("sticky").c_str(), 01777), 0);
+    put("sticky/file", "content");
+    ASSERT_EQ(chmod(native("sticky/file").c_str(), 0666), 0);  // so that others may link it, too
+  }
+};
+
+TEST_F(StickyFolderTest, NeedsOnlyTheFolderOfTheSource) {
+  fs::create_hard_link(native("sticky/file"), native("open/file"));
+  {
+    const WithoutPrivileges user;
+    child(u"open/file").moveFile(child(u"sticky/file").getLocation(), ReplacementPolicy::Overwrite);
+  }
+  EXPECT_EQ(namesIn("open"), std::vector<std::string>{});
+  EXPECT_EQ(namesIn("sticky"), std::vector<std::string>{"file"});
+}
+
+TEST_F(StickyFolderTest, LeavesNoSecondNameWhereTheFirstCannotBeRemoved) {
+  const WithoutExclusiveRename old;
+  const auto target = child(u"open/file");
+  {
+    const WithoutPrivileges user;
+    const auto move = [&] { child(u"sticky/file").moveFile(target.getLocation(), ReplacementPolicy::Preserve); };
+    EXPECT_EQ(codeThrownAt(target, move), ErrorCode::PermissionDenied);
+  }
+  EXPECT_EQ(namesIn("open"), std::vector<std::string>{});
+  EXPECT_EQ(content("sticky/file"), "content");
+}
+
+TEST_F(MoveTest, ReplacesNothingWithoutAnExclusiveRenameEither) {
+  const WithoutExclusiveRename old;
+  put("file", "content");
+  put("taken", "other");
+  fs::create_directory(native("folder"));
+  const auto move = [&](const char16_t* from, const char16_t* to) {
+    child(from).exists() == ExistenceType::AsFolder
+        ? child(from).moveFolder(child(to).getLocation(), ReplacementPolicy::Preserve)
+        : child(from).moveFile(child(to).getLocation(), ReplacementPolicy::Preserve);
+  };
+  for (const auto* from : {u"file", u"folder"})
+    EXPECT_EQ(codeThrownAt(child(u"taken"), [&] { move(from, u"taken"); }), ErrorCode::ResourceAlreadyExists);
+  move(u"file", u"new-file");
+  move(u"folder", u"new-folder");
+  EXPECT_EQ(namesIn("."), (std::vector<std::string>{"new-file", "new-folder", "taken"}));
+  EXPECT_EQ(content("new-file"), "content");
+  EXPECT_EQ(content("taken"), "other");
+}
+
+}  // namespace
+}  // namespace foundation::storage::backend::local
