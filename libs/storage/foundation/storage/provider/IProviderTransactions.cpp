@@ -3,31 +3,19 @@
 
 #include <foundation/storage/provider/IProvider.h>
 
-#include <fl/i18n/Convert.h>
 #include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
-
-#include <boost/uuid/random_generator.hpp>
-#include <boost/uuid/uuid_io.hpp>
+#include <foundation/storage/provider/ScratchFiles.h>
 
 namespace foundation::storage::provider {
-namespace {
-
-/// Hidden on systems where a dot hides; sweepers know the endings.
-std::u16string scratchName() {
-  const auto unique = boost::uuids::to_string(boost::uuids::random_generator()());
-  return u"." + fl::i18n::to_ustring(unique) + u".tmp.bak";
-}
-
-}  // namespace
 
 std::unique_ptr<TransactionalStream> IProvider::doOpenTransactionalStream(const StorageIRI& location,
                                                                           const ByteStreamOpenOptions& options) const {
   if (!location.hasParent() || !location.hasPath())
     throw Exception(ErrorCode::InvalidLocation, location);
   const auto parent = location.getParent();
-  return doOpenTransactionalStreamAtScratchLocation(location, StorageIRI(parent, scratchName()), options);
+  return doOpenTransactionalStreamAtScratchLocation(location, StorageIRI(parent, makeScratchName()), options);
 }
 
 std::unique_ptr<TransactionalStream> IProvider::doOpenTransactionalStreamAtScratchLocation(

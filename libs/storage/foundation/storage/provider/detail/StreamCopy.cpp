@@ -10,7 +10,6 @@ namespace foundation::storage::provider::detail {
 namespace {
 
 constexpr std::size_t blockSize = 4 * 1024 * 1024;
-constexpr std::size_t blockAlignment = 32;
 
 constexpr ByteStreamOpenOptions destinationOptions{.access = ByteStreamAccess::ReadWrite,
                                                    .create = ByteStreamCreate::Create,
@@ -40,7 +39,7 @@ class Blocks {
   }
 
  private:
-  ZeroedBuffer buffer_{blockSize, blockAlignment};
+  ZeroedBuffer buffer_{blockSize};
   std::unique_ptr<ByteStream> source_;
   std::int64_t size_ = 0;
 };

@@ -1,35 +1,25 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <new>
 
 namespace foundation::storage::provider::detail {
 
-/// Aligned memory full of zeros. It is asked of the allocator as zeros, so of a big buffer only the
-/// pages that are used ever cost anything.
+/// Memory full of zeros, aligned to a page. It comes from the system, not from the allocator, which would clear
+/// what it has used before: so of a big buffer only the pages that are used ever cost anything.
 class ZeroedBuffer {
  public:
-  /// @param size       in bytes
-  /// @param alignment  a power of two. Throws `std::bad_alloc`.
-  ZeroedBuffer(std::size_t size, std::size_t alignment) : memory_(std::calloc(size + alignment - 1, 1)) {
-    if (memory_ == nullptr)
-      throw std::bad_alloc();
-    void* begin = memory_.get();
-    std::size_t space = size + alignment - 1;
-    data_ = static_cast<char*>(std::align(alignment, size, begin, space));
-  }
+  /// @param size  in bytes, not 0. Throws `std::bad_alloc`.
+  explicit ZeroedBuffer(std::size_t size);
+  ~ZeroedBuffer();
+  ZeroedBuffer(const ZeroedBuffer&) = delete;
+  ZeroedBuffer& operator=(const ZeroedBuffer&) = delete;
 
-  char* data() const { return data_; }
+  char* data() const noexcept { return data_; }
+  std::size_t size() const noexcept { return size_; }
 
  private:
-  struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-  };
-  std::unique_ptr<void, Free> memory_;
-  char* data_ = nullptr;
+  std::size_t size_;
+  char* data_;
 };
 
 }  // namespace foundation::storage::provider::detail
