@@ -44,6 +44,8 @@ std::optional<bool> Options::takeFlag(const std::string& key) {
 }
 
 void Options::requireNoMore() const {
+  if (!tree_.data().empty())
+    throw InvalidOptionException(tree_.data(), "this is a value without a name");
   for (const auto& [key, value] : tree_)
     if (!taken_.contains(key))
       throw InvalidOptionException(key, "this store has no such option");

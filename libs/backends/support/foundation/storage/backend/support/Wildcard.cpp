@@ -14,6 +14,8 @@ constexpr char32_t lastCharacter = 0x10FFFF;
 
 Wildcard::Wildcard(std::u16string_view pattern, provider::CaseModifier rule) : rule_(rule) {
   const auto text = characters(pattern);
+  // Behind it no set ends: without this, many open brackets would be as many looks at all that follows.
+  const auto lastEnd = text.rfind(U']') + 1;
   for (std::size_t at = 0; at < text.size();) {
     const char32_t character = text[at++];
     Element element;
@@ -21,7 +23,7 @@ Wildcard::Wildcard(std::u16string_view pattern, provider::CaseModifier rule) : r
       element.isRun = true;
     else if (character == U'?')
       element.ranges = {{0, lastCharacter}};
-    else if (const auto end = character == U'[' ? readSet(text, at, element) : at; end != at)
+    else if (const auto end = character == U'[' && at < lastEnd ? readSet(text, at, element) : at; end != at)
       at = end;
     else
       element.ranges = {{character, character}};

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <mutex>
 #include <utility>
-#include <vector>
 
 namespace foundation::storage::backend::memory::detail {
 namespace {
@@ -120,17 +119,35 @@ bool FileContent::resize(std::uint64_t size) {
 }
 
 std::optional<std::uint64_t> FileContent::appendFrom(const FileContent& source, std::uint64_t most) {
-  const auto begin = size();
-  const auto sourceSize = source.size();
-  const auto count = sourceSize > begin ? std::min(most, sourceSize - begin) : 0;
-  if (count == 0)
-    return 0;
-  std::vector<char> bytes(static_cast<std::size_t>(count));
-  const auto got = source.read(begin, bytes.data(), bytes.size());
-  const auto written = write(begin, bytes.data(), got);
-  if (written.count < got)
+  const std::shared_lock sourceLock(source.mutex_);
+  const std::scoped_lock lock(mutex_);
+  const auto count = source.size_ > size_ ? std::min(most, source.size_ - size_) : 0;
+  if (const auto taken = space_->take(count); taken < count) {
+    space_->giveBack(taken);
     return std::nullopt;
-  return got;
+  }
+  try {
+    putBlocks(source.blocks_, size_, size_ + count);
+  } catch (...) {
+    dropFrom(size_);
+    space_->giveBack(count);
+    throw;
+  }
+  size_ += count;
+  lastModified_ = now();
+  return count;
+}
+
+void FileContent::putBlocks(const Blocks& source, std::uint64_t first, std::uint64_t last) {
+  for (auto block = source.lower_bound(first / blockSize); block != source.end(); ++block) {
+    const auto blockBegin = block->first * blockSize;
+    if (blockBegin >= last)
+      return;
+    const auto from = std::max(first, blockBegin);
+    const auto to = std::min(last, blockBegin + block->second.size());
+    if (from < to)
+      put(from, block->second.data() + (from - blockBegin), static_cast<std::size_t>(to - from));
+  }
 }
 
 }  // namespace foundation::storage::backend::memory::detail

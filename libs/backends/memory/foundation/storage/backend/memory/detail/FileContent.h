@@ -59,11 +59,16 @@ class FileContent {
   /// A block holds what was written of it; what lies behind that is zeros.
   using Blocks = std::map<std::uint64_t, std::string>;
 
+  // Both without the lock.
   void put(std::uint64_t position, const char* bytes, std::size_t count);
+  /// Puts what another content's blocks hold between two positions; gaps stay gaps.
+  void putBlocks(const Blocks& source, std::uint64_t first, std::uint64_t last);
   void dropFrom(std::uint64_t size);
 
   const std::shared_ptr<Space> space_;
-  mutable std::shared_mutex mutex_;  ///< taken after the tree's, before that of the space; guards what follows
+  /// Guards what follows. Taken after the tree's lock and before that of the space; of two, that of the older
+  /// content first (a copy is appended to before anybody else knows it).
+  mutable std::shared_mutex mutex_;
   Blocks blocks_;
   std::uint64_t size_ = 0;
   boost::posix_time::ptime lastModified_;

@@ -19,7 +19,7 @@ TransactionStatus copyAside(Tree& tree, const Place& source, const Place& destin
   tree.requireCopyable(*original.content, destination, policy);
   const Tree::File copy{tree.makeContent(), original.isWritable};
   for (;;) {
-    const auto copied = copy.content->appendFrom(*original.content, stepSize);
+    const auto copied = copy.content->appendFrom(*original.content, interrupt ? stepSize : FileContent::maximumSize);
     if (!copied)
       throw refusal(provider::ErrorCode::NoSpaceLeft, destination.location, u"The store is full");
     if (*copied == 0)

@@ -64,9 +64,11 @@ std::int64_t MemoryByteStream::base(int origin) const {
 std::streampos MemoryByteStream::doSeek(std::int64_t offset, int origin) {
   requireOpen<ByteStreamSeekFailure>();
   const auto from = base(origin);
-  if (offset < -from || offset > std::numeric_limits<std::int64_t>::max() - from)
+  if (offset < -from)
     throw streamRefusal<ByteStreamSeekFailure>(ErrorCode::IOError, location_,
-                                               u"The position lies before the beginning, or beyond all sizes");
+                                               u"The position lies before the beginning");
+  if (offset > std::numeric_limits<std::int64_t>::max() - from)
+    throw streamRefusal<ByteStreamSeekFailure>(ErrorCode::FileTooLarge, location_, u"No file can be that long");
   position_ = from + offset;
   return position_;
 }

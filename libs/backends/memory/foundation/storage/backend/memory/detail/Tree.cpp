@@ -50,20 +50,25 @@ bool isBelow(const Place& place, const Place& folder) {
 template <class Visit>
 void visitBelow(const Node& folder, bool isRecursive, const Visit& visit) {
   struct Level {
-    std::u16string path;
+    std::size_t pathSize;
     Node::Children::const_iterator next, end;
   };
-  std::vector<Level> levels{{{}, folder.children.begin(), folder.children.end()}};
+  std::u16string path;  // of the folder being visited, with '/'
+  std::vector<Level> levels{{0, folder.children.begin(), folder.children.end()}};
   while (!levels.empty()) {
-    if (levels.back().next == levels.back().end) {
+    auto& level = levels.back();
+    path.resize(level.pathSize);
+    if (level.next == level.end) {
       levels.pop_back();
       continue;
     }
-    const auto& [name, node] = *levels.back().next++;
-    auto path = levels.back().path + name;
+    const auto& [name, node] = *level.next++;
+    path += name;
     visit(path, name, *node);
-    if (isRecursive && !node->children.empty())
-      levels.push_back({std::move(path) + u"/", node->children.begin(), node->children.end()});
+    if (isRecursive && !node->children.empty()) {
+      path += u'/';
+      levels.push_back({path.size(), node->children.begin(), node->children.end()});
+    }
   }
 }
 
