@@ -19,6 +19,8 @@ TEST_F(RefusalTest, EveryOperationNamesTheLocationAndTheReason) {
   fs::create_directory(native("folder"));
   fs::create_symlink("nowhere", native("dangling"));
   fs::create_symlink("loop", native("loop"));
+  fs::create_directory_symlink("folder", native("to-folder"));
+  fs::create_symlink("no/where", native("to-nowhere"));
   ASSERT_EQ(mkfifo(native("pipe").c_str(), 0600), 0);
   const std::u16string longName(300, u'n');
   const std::u16string deepPath = [] {
@@ -30,6 +32,7 @@ TEST_F(RefusalTest, EveryOperationNamesTheLocationAndTheReason) {
 
   const Operation read = [](const StorageItem& item) { item.openReadOnlyStream(); };
   const Operation write = [](const StorageItem& item) { item.openStream({}); };
+  const Operation replace = [](const StorageItem& item) { item.openTransactionalStream({}); };
   const Operation list = [](const StorageItem& item) { item.listAll(u""); };
   const Operation size = [](const StorageItem& item) { item.getFileAttributes(); };
   const Operation time = [](const StorageItem& item) { item.getFolderAttributes(); };
@@ -44,14 +47,24 @@ TEST_F(RefusalTest, EveryOperationNamesTheLocationAndTheReason) {
       {u"missing", {read, list, size, time, removeFile}, ErrorCode::ResourceNotFound},
       {u"no/where", {write, makeFile, makeFolder}, ErrorCode::ResourceNotFound},
       {u"dangling", {read, list, size, time}, ErrorCode::ResourceNotFound},
-      {u"folder", {read, write, size, removeFile}, ErrorCode::InvalidLocation},
+      {u"folder", {read, write, replace, size, removeFile}, ErrorCode::InvalidLocation},
       {u"file", {list, time}, ErrorCode::InvalidLocation},
-      {u"file/below", {read, write, list, size, time, makeFile, makeFolder, removeFile}, ErrorCode::InvalidLocation},
-      {longName, {read, write, list, size, time, makeFile, makeFolder, removeFile}, ErrorCode::InvalidLocation},
-      {deepPath, {read, write, list, size, time, makeFile, makeFolder, removeFile}, ErrorCode::InvalidLocation},
-      {u"loop", {read, write, list, size, time}, ErrorCode::InvalidLocation},
-      {u"pipe", {read, write}, ErrorCode::InvalidLocation},
-      {std::u16string(u"a\0b", 3), {read, write, list, size, makeFile, makeFolder}, ErrorCode::InvalidLocation},
+      {u"file/below",
+       {read, write, replace, list, size, time, makeFile, makeFolder, removeFile},
+       ErrorCode::InvalidLocation},
+      {longName,
+       {read, write, replace, list, size, time, makeFile, makeFolder, removeFile},
+       ErrorCode::InvalidLocation},
+      {deepPath,
+       {read, write, replace, list, size, time, makeFile, makeFolder, removeFile},
+       ErrorCode::InvalidLocation},
+      {u"loop", {read, write, replace, list, size, time}, ErrorCode::InvalidLocation},
+      {u"to-folder", {write, replace}, ErrorCode::InvalidLocation},
+      {u"to-nowhere", {write, replace}, ErrorCode::ResourceNotFound},
+      {u"pipe", {read, write, replace}, ErrorCode::InvalidLocation},
+      {std::u16string(u"a\0b", 3),
+       {read, write, replace, list, size, makeFile, makeFolder},
+       ErrorCode::InvalidLocation},
   };
   for (const auto& row : cases)
     for (std::size_t i = 0; i < row.operations.size(); ++i) {
@@ -60,6 +73,7 @@ TEST_F(RefusalTest, EveryOperationNamesTheLocationAndTheReason) {
       EXPECT_EQ(codeThrownAt(item, [&] { row.operations[i](item); }), row.code);
     }
   EXPECT_EQ(content("file"), "content");
+  EXPECT_EQ(std::distance(fs::directory_iterator(path), {}), 7);
 }
 
 TEST_F(RefusalTest, TellsWhatTheSystemSaid) {

@@ -2,20 +2,58 @@
 
 #include "TemporaryFolder.h"
 
+#include <foundation/core/Export.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 
 #include <atomic>
+#include <cerrno>
 #include <regex>
+#include <sys/syscall.h>
 #include <thread>
 #include <vector>
+
+namespace {
+
+std::atomic<bool> canSetPermissions = true;
+std::atomic<mode_t> takenAway = 0;  ///< permissions that files have had and were to lose
+
+}  // namespace
+
+/// Takes the place of the system's for the whole test program.
+extern "C" FOUNDATION_EXPORT int fchmod(int file, mode_t mode) noexcept {
+  struct stat status = {};
+  if (fstat(file, &status) == 0)
+    takenAway |= status.st_mode & ~mode & 07777;
+  if (canSetPermissions)
+    return static_cast<int>(syscall(SYS_fchmod, file, mode));
+  errno = EPERM;
+  return -1;
+}
 
 namespace foundation::storage::backend::local {
 namespace {
 
 namespace fs = std::filesystem;
 
+class WithUmask {
+ public:
+  explicit WithUmask(mode_t mask) : before_(umask(mask)) {}
+  ~WithUmask() { umask(before_); }
+  WithUmask(const WithUmask&) = delete;
+  WithUmask& operator=(const WithUmask&) = delete;
+
+ private:
+  mode_t before_;
+};
+
 class TransactionTest : public LocalTest {
  protected:
+  mode_t modeOf(const std::string& name) const {
+    struct stat status = {};
+    EXPECT_EQ(lstat(native(name).c_str(), &status), 0) << name;
+    return status.st_mode & 07777;
+  }
+
   static void write(TransactionalStream& stream, const std::string& bytes) {
     ASSERT_EQ(stream.write(bytes.data(), static_cast<std::int64_t>(bytes.size())),
               static_cast<std::int64_t>(bytes.size()));
@@ -66,17 +104,19 @@ TEST_F(TransactionTest, LeavesNothingBehindWhenItIsAbortedDroppedOrUnwound) {
 }
 
 TEST_F(TransactionTest, StaysOpenAfterAFailedCommit) {
-  fs::create_directory(native("folder"));
   const auto taken = child(u"folder");
   {
     const auto stream = taken.openTransactionalStream({});
     write(*stream, "new");
+    fs::create_directory(native("folder"));
     EXPECT_EQ(codeThrownAt(taken, [&] { stream->close(StreamClosePolicy::Commit); }), ErrorCode::InvalidLocation);
     EXPECT_EQ(names().size(), 2u);  // the scratch file is still there
     stream->close(StreamClosePolicy::Abort);
     EXPECT_EQ(names().size(), 1u);
   }
+  fs::remove(native("folder"));
   const auto dropped = taken.openTransactionalStream({});
+  fs::create_directory(native("folder"));
   EXPECT_THROW(dropped->close(StreamClosePolicy::Commit), Exception);
 }
 
@@ -89,6 +129,108 @@ TEST_F(TransactionTest, NeedsANameToPublish) {
     EXPECT_EQ(failure.getErrorCode(), ErrorCode::InvalidLocation);
     EXPECT_EQ(failure.getStorageIRI(), root);
   }
+}
+
+TEST_F(TransactionTest, KeepsThePermissionsOfWhatItReplaces) {
+  const WithUmask outer(0);
+  for (const mode_t mask : {0u, 022u, 077u})
+    for (const mode_t mode : {0600u, 0644u, 0444u, 0755u, 0u, 0777u, 01600u, 02755u, 04755u}) {
+      SCOPED_TRACE(testing::Message() << std::oct << "mode " << mode << ", umask " << mask);
+      const WithUmask inner(mask);
+      fs::remove(native("file"));
+      put("file", "old");
+      ASSERT_EQ(chmod(native("file").c_str(), mode), 0);
+      const auto stream = child(u"file").openTransactionalStream({});
+      write(*stream, "new");
+      for (const auto& name : names())
+        EXPECT_EQ(modeOf(name), name == "file" ? mode : mode & 0777);
+      stream->close(StreamClosePolicy::Commit);
+      EXPECT_EQ(modeOf("file"), mode & 0777);
+      EXPECT_EQ(names(), std::vector<std::string>{"file"});
+      child(u"new").openTransactionalStream({})->close(StreamClosePolicy::Commit);
+      EXPECT_EQ(modeOf("new"), 0666 & ~mask);
+      fs::remove(native("new"));
+    }
+  EXPECT_EQ(takenAway, 0u);
+}
+
+TEST_F(TransactionTest, WritesThroughLinks) {
+  fs::create_directories(native("real/inside"));
+  fs::create_directory_symlink("real/inside", native("way"));
+  const struct {
+    const char* text;    ///< of the link; '@' stands for the test's folder
+    const char* target;  ///< that it leads to
+  } cases[] = {
+      {"real/target", "real/target"},
+      {"@/real/target", "real/target"},
+      {"@//real/./target", "real/target"},
+      {"chain", "real/inside/target"},
+      {"way/target", "real/inside/target"},
+      {"way/../target", "real/target"},  // '..' is where the link has led to
+      {"100% #1?", "100% #1?"},
+      {"\xff", "\xff"},
+  };
+  const WithUmask mask(022);
+  fs::create_symlink("./way/next", native("chain"));
+  fs::create_symlink("target", native("real/inside/next"));
+  for (const auto& [text, target] : cases)
+    for (const bool isDangling : {false, true}) {
+      SCOPED_TRACE(testing::Message() << text << (isDangling ? ", dangling" : ""));
+      const auto beside = fs::path(native(target)).parent_path();
+      const auto linkText = text[0] == '@' ? path + (text + 1) : text;
+      fs::create_symlink(linkText, native("link"));
+      if (!isDangling) {
+        put(target, "old");
+        ASSERT_EQ(chmod(native(target).c_str(), 0600), 0);
+      }
+      const auto entriesBeside = [&] { return std::distance(fs::directory_iterator(beside), {}); };
+      const auto before = entriesBeside();
+      const auto stream = child(u"link").openTransactionalStream({});
+      write(*stream, "new");
+      EXPECT_EQ(entriesBeside(), before + 1);
+      stream->close(StreamClosePolicy::Commit);
+      EXPECT_EQ(fs::read_symlink(native("link")), linkText);
+      EXPECT_EQ(content(target), "new");
+      EXPECT_FALSE(fs::is_symlink(native(target)));
+      EXPECT_EQ(modeOf(target), isDangling ? 0644u : 0600u);
+      fs::remove(native(target));
+      fs::remove(native("link"));
+    }
+}
+
+TEST_F(TransactionTest, ReplacesTheFileThatItWasOpenedFor) {
+  put("first", "old");
+  put("second", "other");
+  fs::create_hard_link(native("first"), native("same"));
+  fs::create_symlink("first", native("link"));
+  const auto stream = child(u"link").openTransactionalStream({});
+  write(*stream, "new");
+  fs::remove(native("link"));
+  fs::create_symlink("second", native("link"));
+  stream->close(StreamClosePolicy::Commit);
+  EXPECT_EQ(content("first"), "new");
+  EXPECT_EQ(content("second"), "other");
+  EXPECT_EQ(content("same"), "old");
+}
+
+TEST_F(TransactionTest, LeavesNothingBehindWhenItCannotBeOpened) {
+  put("file", "old");
+  ASSERT_EQ(chmod(native("file").c_str(), 0666), 0);
+  const WithUmask mask(022);
+  const auto open = [this](ByteStreamCreate create) {
+    try {
+      child(u"file").openTransactionalStream({.create = create});
+    } catch (const ByteStreamOpenFailure& failure) {
+      return failure.getErrorCode();
+    }
+    return ErrorCode::Unknown;
+  };
+  EXPECT_EQ(open(ByteStreamCreate::NeverCreate), ErrorCode::ResourceNotFound);  // of the scratch file
+  canSetPermissions = false;
+  EXPECT_EQ(open(ByteStreamCreate::Create), ErrorCode::PermissionDenied);
+  canSetPermissions = true;
+  EXPECT_EQ(names(), std::vector<std::string>{"file"});
+  EXPECT_EQ(content("file"), "old");
 }
 
 TEST_F(TransactionTest, CopiesAtomically) {

@@ -16,6 +16,18 @@ namespace foundation::storage::backend::local {
 /// hidden. Listings ignore wildcards. A copy gets the source's mode, less the umask. Folders and anything that only
 /// blocks (pipes, sockets) cannot be opened as streams.
 ///
+/// A transaction writes to a scratch file beside its target and renames that over the target. At every moment
+/// everybody, programs that start after a crash of this one included, finds either the old content or the new.
+/// It is not durable yet: after a crash of the system the new content may be missing or incomplete.
+/// - The target is a regular file or nothing; all else is refused when the transaction is opened, with
+///   `Exception` and `InvalidLocation`.
+/// - A link is written through: the file that it leads to, existing or not, is replaced, and the link stays.
+/// - The new file has the permissions that the old one had when the transaction was opened, without its
+///   set-user-ID, set-group-ID and sticky bits; the scratch file never has more. Without an old file it gets
+///   0666, less the umask. Owner, access control lists and extended attributes are a new file's.
+/// - Other hard links of the old file keep the old content.
+/// - What a killed program leaves behind, `provider::removeScratchFiles` removes.
+///
 /// What the system said of a failure is the failure's top context: its key names the system call, its
 /// info holds the system's words, the error number as the response code, under "name" the number's
 /// symbol (errno(3)), and under "location" the text of the location, which a stream's failure does not

@@ -1,6 +1,5 @@
 #include <foundation/storage/backend/local/detail/LocalProvider.h>
 
-#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Attributes.h>
 #include <foundation/storage/backend/local/detail/posix/Copy.h>
@@ -9,13 +8,16 @@
 #include <foundation/storage/backend/local/detail/posix/LocalByteStream.h>
 #include <foundation/storage/backend/local/detail/posix/Move.h>
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
+#include <foundation/storage/backend/local/detail/posix/RealPath.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
+#include <foundation/storage/backend/local/detail/posix/ScratchFile.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
 #include <foundation/storage/provider/FailureConversion.h>
-#include <foundation/storage/provider/LocalPath.h>
+#include <foundation/storage/provider/GenericTransactionalStream.h>
+#include <foundation/storage/provider/SafeByteStream.h>
+#include <foundation/storage/provider/ScratchFiles.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <limits>
 #include <memory>
@@ -31,6 +33,8 @@ using provider::ByteStreamOpenOptions;
 using provider::ByteStreamTruncate;
 using provider::ExistenceType;
 using provider::ExistenceTypeExtended;
+using provider::StreamClosePolicy;
+using provider::TransactionalStream;
 
 namespace {
 
@@ -141,6 +145,37 @@ std::unique_ptr<ByteStream> LocalProvider::doOpenReadOnlyStream(const StorageIRI
   return openStreamWith(location, O_RDONLY);
 }
 
+std::unique_ptr<TransactionalStream> LocalProvider::doOpenTransactionalStream(
+    const StorageIRI& location, const ByteStreamOpenOptions& options) const {
+  const auto target = findTransactionTarget(location);
+  const StorageIRI scratchLocation(target.location.getParent(), provider::makeScratchName());
+  return openTransaction(target, scratchLocation, options);
+}
+
+std::unique_ptr<TransactionalStream> LocalProvider::doOpenTransactionalStreamAtScratchLocation(
+    const StorageIRI& location, const StorageIRI& scratchLocation, const ByteStreamOpenOptions& options) const {
+  return openTransaction(findTransactionTarget(location), scratchLocation, options);
+}
+
+std::unique_ptr<TransactionalStream> LocalProvider::openTransaction(const TransactionTarget& target,
+                                                                    const StorageIRI& scratchLocation,
+                                                                    const ByteStreamOpenOptions& options) const {
+  ScratchFile scratch(scratchLocation, openFlags(options), target.permissions);
+  auto bytes = std::make_unique<LocalByteStream>(scratch.takeDescriptor(), scratchLocation);
+  const bool isReadable = options.access == ByteStreamAccess::ReadWrite;
+  std::shared_ptr<ByteStream> stream = std::make_shared<provider::SafeByteStream>(std::move(bytes), isReadable, true);
+  const auto finish = [this, scratchLocation, location = target.location](const StreamClosePolicy& policy) {
+    if (policy == StreamClosePolicy::Commit)
+      doMoveFile(scratchLocation, location, ReplacementPolicy::Overwrite);
+    else
+      doRemoveFile(scratchLocation);
+  };
+  using Transaction = provider::GenericTransactionalStream<ByteStream>;
+  auto transaction = std::make_unique<Transaction>(std::move(stream), finish);
+  scratch.keep();  // it is the transaction's to end
+  return transaction;
+}
+
 LocalProvider::Listing LocalProvider::doListAll(const StorageIRI& location) const {
   return list(location, EntryFilter::All, EntryDetail::Attributes);
 }
@@ -182,13 +217,7 @@ void LocalProvider::doCopyFile(const StorageIRI& source, const StorageIRI& desti
 }
 
 provider::StorageIRI LocalProvider::doGetCanonicalLocation(const StorageIRI& location) const {
-  struct Free {
-    void operator()(char* text) const { std::free(text); }
-  };
-  const std::unique_ptr<char, Free> path(realpath(nativePath(location).c_str(), nullptr));
-  if (path == nullptr)
-    throw systemFailure(errno, "realpath", location);
-  return provider::toStorageIRI(location.getScheme(), fl::filesystem::upath(fl::i18n::to_ustring(path.get())));
+  return toLocation(location, realPath(location, nativePath(location)));
 }
 
 ExistenceType LocalProvider::doExists(const StorageIRI& location) const {

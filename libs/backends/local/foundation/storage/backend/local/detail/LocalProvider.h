@@ -1,5 +1,6 @@
 #pragma once
 
+#include <foundation/storage/backend/local/detail/posix/TransactionTarget.h>
 #include <foundation/storage/provider/IProvider.h>
 
 namespace foundation::storage::backend::local::detail {
@@ -33,6 +34,13 @@ class LocalProvider final : public provider::IProvider {
   std::unique_ptr<provider::ByteStream> doOpenStream(const StorageIRI& location,
                                                      const provider::ByteStreamOpenOptions& options) const override;
   std::unique_ptr<provider::ByteStream> doOpenReadOnlyStream(const StorageIRI& location) const override;
+  /// The scratch file lies beside the file that is replaced: where a link is at `location`, beside the one
+  /// that it leads to.
+  std::unique_ptr<provider::TransactionalStream> doOpenTransactionalStream(
+      const StorageIRI& location, const provider::ByteStreamOpenOptions& options) const override;
+  std::unique_ptr<provider::TransactionalStream> doOpenTransactionalStreamAtScratchLocation(
+      const StorageIRI& location, const StorageIRI& scratchLocation,
+      const provider::ByteStreamOpenOptions& options) const override;
   Listing doListAll(const StorageIRI& location) const override;
   Listing doListFiles(const StorageIRI& location) const override;
   Listing doListFolders(const StorageIRI& location) const override;
@@ -47,6 +55,10 @@ class LocalProvider final : public provider::IProvider {
   StorageIRI doGetCanonicalLocation(const StorageIRI& location) const override;
   provider::ExistenceType doExists(const StorageIRI& location) const override;
   provider::ExistenceTypeExtended doExistsExtended(const StorageIRI& location) const override;
+
+  std::unique_ptr<provider::TransactionalStream> openTransaction(const TransactionTarget& target,
+                                                                 const StorageIRI& scratchLocation,
+                                                                 const provider::ByteStreamOpenOptions& options) const;
 };
 
 }  // namespace foundation::storage::backend::local::detail

@@ -3,6 +3,9 @@
 #include <fl/i18n/Case.h>
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/provider/LocalPath.h>
+
+#include <utility>
 
 namespace foundation::storage::backend::local::detail {
 
@@ -50,6 +53,16 @@ std::string nativePath(const StorageIRI& location) {
   auto path = fl::i18n::to_string(location.getPath());
   if (path.find('\0') != std::string::npos)
     throw refusal(ErrorCode::InvalidLocation, location, u"No name can hold a NUL");
+  return withoutTrailingSlashes(std::move(path));
+}
+
+StorageIRI toLocation(const StorageIRI& like, const std::string& path) {
+  return provider::toStorageIRI(like.getScheme(), fl::filesystem::upath(fl::i18n::to_ustring(path)));
+}
+
+std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
+std::string withoutTrailingSlashes(std::string path) {
   while (path.size() > 1 && path.back() == '/')
     path.pop_back();
   return path;

@@ -43,9 +43,6 @@ void requireFolderOrNothing(const StorageIRI& destination, const std::string& pa
 
 bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
 
-/// The folder that holds an entry.
-std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
-
 /// Whether two names are different entries for one file: rename(2) leaves both of them then.
 bool areHardLinks(const struct stat& source, const std::string& from, const std::string& to) {
   struct stat destination;
