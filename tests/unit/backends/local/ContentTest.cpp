@@ -219,11 +219,16 @@ TEST_F(ContentTest, IsNotCopiedOntoItselfThroughStreams) {
   const std::string bytes(5 * 1024 * 1024, 'x');
   put("file", bytes);
   std::filesystem::create_symlink("file", native("link"));
-  const StorageItem elsewhere(LocalProviderFactory().buildProvider(location), child(u"link").getLocation());
+  std::filesystem::create_hard_link(native("file"), native("other"));
   const CopyFileOptions watched{.replacementPolicy = ReplacementPolicy::Overwrite,
                                 .interruptCallback = [] { return InterruptSignal::Continue; }};
-  EXPECT_THROW(child(u"file").copyFile(child(u"link"), watched), Exception);
-  EXPECT_THROW(child(u"file").copyFile(elsewhere, ReplacementPolicy::Overwrite), Exception);
+  for (const auto* name : {u"file", u"link", u"other"}) {
+    EXPECT_EQ(codeThrownAt(child(name), [&] { child(u"file").copyFile(child(name), watched); }),
+              ErrorCode::InvalidLocation);
+    const StorageItem elsewhere(LocalProviderFactory().buildProvider(location), child(name).getLocation());
+    EXPECT_EQ(codeThrownAt(elsewhere, [&] { child(u"file").copyFile(elsewhere, ReplacementPolicy::Overwrite); }),
+              ErrorCode::InvalidLocation);
+  }
   EXPECT_EQ(content("file"), bytes);
 }
 

@@ -7,6 +7,7 @@
 #include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/FailureConversion.h>
 #include <foundation/storage/provider/IProvider.h>
+#include <foundation/storage/provider/detail/SelfCopy.h>
 
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
@@ -71,9 +72,8 @@ void IProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destinati
   const bool exists = doFileExists(destination);
   if (exists && preservesExisting(policy))
     throw Exception(ErrorCode::ResourceAlreadyExists, destination);
-  // Opening the destination empties it: not to be done to the source.
   if (exists && doGetCanonicalLocation(source) == doGetCanonicalLocation(destination))
-    throw Exception(ErrorCode::InvalidLocation, destination);
+    throw detail::selfCopyRefusal(destination);
   auto input = doOpenReadOnlyStream(source);
   auto output = doOpenStream(destination, {.access = ByteStreamAccess::ReadWrite,
                                            .create = ByteStreamCreate::Create,

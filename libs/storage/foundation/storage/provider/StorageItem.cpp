@@ -3,6 +3,7 @@
 #include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/IConfigurableProvider.h>
 #include <foundation/storage/provider/InvalidateProvider.h>
+#include <foundation/storage/provider/detail/SelfCopy.h>
 #include <foundation/storage/provider/detail/StreamCopy.h>
 #include <foundation/storage/provider/extensions/IFileIdentity.h>
 #include <foundation/storage/provider/extensions/IFlushableFilesystem.h>
@@ -69,7 +70,7 @@ TransactionStatus StorageItem::copyFile(const StorageItem& destination, const Co
                                        options.interruptCallback);
   }
   if (exists && isSameFileAs(destination))
-    throw Exception(ErrorCode::InvalidLocation, destination.location_);
+    throw detail::selfCopyRefusal(destination.location_);
   return detail::copyThroughStreams(*this, destination, options);
 }
 

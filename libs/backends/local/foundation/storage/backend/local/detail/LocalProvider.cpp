@@ -1,5 +1,6 @@
 #include <foundation/storage/backend/local/detail/LocalProvider.h>
 
+#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Attributes.h>
 #include <foundation/storage/backend/local/detail/posix/Copy.h>
@@ -21,6 +22,7 @@
 #include <fcntl.h>
 #include <limits>
 #include <memory>
+#include <string>
 #include <unistd.h>
 
 namespace foundation::storage::backend::local::detail {
@@ -237,6 +239,11 @@ ExistenceTypeExtended LocalProvider::doExistsExtended(const StorageIRI& location
   if (S_ISDIR(status->st_mode))
     return ExistenceTypeExtended::RegularFolder;
   return S_ISREG(status->st_mode) ? ExistenceTypeExtended::RegularFile : ExistenceTypeExtended::SpecialFile;
+}
+
+std::u16string LocalProvider::doGetFileIdentity(const StorageIRI& location) const {
+  const auto status = requireStatus(location, nativePath(location));
+  return fl::i18n::to_ustring(std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino));
 }
 
 }  // namespace foundation::storage::backend::local::detail

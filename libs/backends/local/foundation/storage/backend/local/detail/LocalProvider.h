@@ -2,12 +2,13 @@
 
 #include <foundation/storage/backend/local/detail/posix/TransactionTarget.h>
 #include <foundation/storage/provider/IProvider.h>
+#include <foundation/storage/provider/extensions/IFileIdentity.h>
 
 namespace foundation::storage::backend::local::detail {
 
 /// The local file system; `LocalProviderFactory` says how it behaves. It has no state, so any number of
 /// threads may use it.
-class LocalProvider final : public provider::IProvider {
+class LocalProvider final : public provider::IProvider, public provider::extensions::IFileIdentity {
  public:
   LocalProvider();
   ~LocalProvider() override;
@@ -55,6 +56,7 @@ class LocalProvider final : public provider::IProvider {
   StorageIRI doGetCanonicalLocation(const StorageIRI& location) const override;
   provider::ExistenceType doExists(const StorageIRI& location) const override;
   provider::ExistenceTypeExtended doExistsExtended(const StorageIRI& location) const override;
+  std::u16string doGetFileIdentity(const StorageIRI& location) const override;
 
   std::unique_ptr<provider::TransactionalStream> openTransaction(const TransactionTarget& target,
                                                                  const StorageIRI& scratchLocation,
