@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
@@ -45,8 +46,9 @@ class LocalTest : public testing::Test {
     std::ofstream(native(name), std::ios::binary) << bytes;
   }
   std::string content(const std::string& name) const {
-    std::ifstream file(native(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream bytes;
+    bytes << std::ifstream(native(name), std::ios::binary).rdbuf();
+    return bytes.str();
   }
 
   const std::string path = makeFolder();
