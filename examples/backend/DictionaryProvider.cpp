@@ -159,7 +159,7 @@ struct DictionaryProvider::Store {
 // [store]
 
 DictionaryProvider::DictionaryProvider() : store_(std::make_shared<Store>()) {}
-DictionaryProvider::~DictionaryProvider() = default;
+DictionaryProvider::~DictionaryProvider() { endChangePolling(); }
 
 // [create]
 void DictionaryProvider::doCreateFile(const StorageIRI& location) const {

@@ -2,6 +2,7 @@
 
 #include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/SafeByteStream.h>
+#include <foundation/storage/provider/events/PollingChangeEventsDetector.h>
 
 #include <utility>
 

@@ -26,10 +26,13 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
 namespace foundation::storage::provider {
+
+class PollingChangeEventsDetector;
 
 /// Compares two names or paths; true where they name the same thing under the given rule of case.
 using PathComparator = std::function<bool(const std::u16string&, const std::u16string&, CaseModifier)>;
@@ -53,7 +56,8 @@ using InterruptCallback = std::function<InterruptSignal()>;
 /// front. Override the pure ones; the others have defaults that refuse with `UnsupportedOperation` (a
 /// provider that has the operation overrides it), answer neutrally, or are built out of the other `do`
 /// operations: override those where the store can do better. The order of the virtual operations is
-/// part of the contract.
+/// part of the contract. The destructor of the most derived class calls `endChangePolling()` before anything
+/// else: until then a polling thread may call the virtual operations.
 class FOUNDATION_EXPORT IProvider {
  public:
   using Listing = std::unique_ptr<IFolderEntryIterator>;
@@ -138,11 +142,11 @@ class FOUNDATION_EXPORT IProvider {
                                       const std::vector<events::Kind>& kinds) const;
   /// Default: does nothing.
   virtual void doStopPublishingEventsFor(const StorageIRI& location) const;
-  /// Default: refuses.
+  /// Default: looks every period, on one thread for all folders of this provider.
   virtual void doStartChangePollingMechanism(const StorageIRI& location, const ChangeCallback& callback,
                                              const std::vector<events::Kind>& kinds, std::chrono::milliseconds period,
                                              RecursiveChangePolling recursion) const;
-  /// Default: does nothing.
+  /// Default: ends what the default of starting began.
   virtual void doStopChangePollingMechanism(const StorageIRI& location) const;
   /// Default: false.
   virtual bool doHasFeature(const ExtendedFeature& feature) const;
@@ -291,12 +295,21 @@ class FOUNDATION_EXPORT IProvider {
     doStopPublishingEventsFor(location.getParent());
   }
   void stopPublishingFolderEventsFor(const StorageIRI& location) const { doStopPublishingEventsFor(location); }
-  /// Publishes changes found by listing the folder every `period`.
+  /// Publishes changes found by listing the folder every `period`; see `PollingChangeEventsDetector` for when,
+  /// and `SingleFolderChangePoller` for what. One thread looks after all folders of a provider, and the first
+  /// start decides for all of them on the callback and the period. A folder that is watched already stays
+  /// watched as it is.
+  ///
+  /// The callback runs on that thread and must not start or stop polling. Throws what listing the folder and
+  /// reading its attributes throws; nothing is watched then.
+  /// @param recursion  the whole subtree only where the store has recursive listings
   void startChangePollingMechanism(const StorageIRI& location, const ChangeCallback& callback,
                                    const std::vector<events::Kind>& kinds, std::chrono::milliseconds period,
                                    RecursiveChangePolling recursion) const {
     doStartChangePollingMechanism(location, callback, kinds, period, recursion);
   }
+  /// Waits for a pass under way; nothing is published for the folder after that. Does nothing for a folder that
+  /// is not watched.
   void stopChangePollingMechanism(const StorageIRI& location) const { doStopChangePollingMechanism(location); }
 
   // --- About the store ---
@@ -317,9 +330,17 @@ class FOUNDATION_EXPORT IProvider {
   /// Releases what the provider holds; it is not to be used afterwards. Not coordinated with other calls.
   void shutdown() { doShutdown(); }
 
+ protected:
+  /// Ends all polling and its thread; again, it does nothing. Waits for a pass under way. For destructors of
+  /// concrete providers, which call it first: the thread calls virtual operations of theirs.
+  void endChangePolling() noexcept;
+
  private:
   void expandFile(const StorageIRI& location, std::uint64_t oldSize, std::uint64_t newSize) const;
   void shrinkFile(const StorageIRI& location, std::uint64_t newSize) const;
+
+  mutable std::unique_ptr<PollingChangeEventsDetector> detector_;  ///< from the first start on
+  mutable std::mutex pollingMutex_;                                ///< guards the pointer; before the detector's
 };
 
 }  // namespace foundation::storage::provider

@@ -83,14 +83,6 @@ void IProvider::doPublishFileEventsFor(const StorageIRI& location, const ChangeC
 
 void IProvider::doStopPublishingEventsFor(const StorageIRI&) const {}
 
-void IProvider::doStartChangePollingMechanism(const StorageIRI& location, const ChangeCallback&,
-                                              const std::vector<events::Kind>&, std::chrono::milliseconds,
-                                              RecursiveChangePolling) const {
-  refuse(location);
-}
-
-void IProvider::doStopChangePollingMechanism(const StorageIRI&) const {}
-
 bool IProvider::doHasFeature(const ExtendedFeature&) const { return false; }
 
 StorageIRI IProvider::doGetCanonicalLocation(const StorageIRI& location) const { return location.getResolvedIRI(); }

@@ -24,7 +24,8 @@ const std::vector<CheckGroup>& allGroups() {
       detail::wildcardChecks(),    detail::recursiveListChecks(), detail::nameChecks(),     detail::attributeChecks(),
       detail::timeChecks(),        detail::writableChecks(),      detail::copyChecks(),     detail::moveChecks(),
       detail::removeChecks(),      detail::transactionChecks(),   detail::spaceChecks(),    detail::hugeFileChecks(),
-      detail::concurrencyChecks(), detail::locationChecks(),      detail::refusalChecks(),  detail::readOnlyChecks(),
+      detail::concurrencyChecks(), detail::pollingChecks(),       detail::locationChecks(), detail::refusalChecks(),
+      detail::readOnlyChecks(),
   };
   return groups;
 }

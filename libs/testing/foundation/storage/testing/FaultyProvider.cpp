@@ -14,7 +14,7 @@ using provider::IProvider;
 FaultyProvider::FaultyProvider(std::shared_ptr<IProvider> inner, std::shared_ptr<Faults> faults)
     : inner_(std::move(inner)), faults_(std::move(faults)) {}
 
-FaultyProvider::~FaultyProvider() = default;
+FaultyProvider::~FaultyProvider() { endChangePolling(); }
 
 template <class Call>
 auto FaultyProvider::run(Operation operation, const StorageIRI& location, const Call& call) const {

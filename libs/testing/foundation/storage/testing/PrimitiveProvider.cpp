@@ -5,7 +5,7 @@
 namespace foundation::storage::testing {
 
 PrimitiveProvider::PrimitiveProvider(std::shared_ptr<provider::IProvider> inner) : inner_(std::move(inner)) {}
-PrimitiveProvider::~PrimitiveProvider() = default;
+PrimitiveProvider::~PrimitiveProvider() { endChangePolling(); }
 
 void PrimitiveProvider::doCreateFile(const StorageIRI& location) const { inner_->createFile(location); }
 void PrimitiveProvider::doCreateFolder(const StorageIRI& location) const { inner_->createFolder(location); }

@@ -33,6 +33,7 @@ CheckGroup listChecks();
 CheckGroup locationChecks();
 CheckGroup moveChecks();
 CheckGroup nameChecks();
+CheckGroup pollingChecks();
 CheckGroup readChecks();
 CheckGroup readOnlyChecks();
 CheckGroup recursiveListChecks();

@@ -54,6 +54,8 @@ class Store {
   void fill(const Contents& contents);
   /// Goes over to a store that takes no more than that.
   void limit(std::uint64_t bytes) { place_ = backEnd_.makeSmallFolder(bytes); }
+  /// Lets go of the store: of its provider, unless somebody else holds it.
+  void release() { place_.reset(); }
   /// Another folder, apart from this one, perhaps served by another provider.
   Place other() const { return backEnd_.makeEmptyFolder(); }
 

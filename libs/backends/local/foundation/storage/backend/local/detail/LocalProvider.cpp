@@ -75,7 +75,7 @@ bool isHidden(const std::string& path) { return isHiddenName(path.substr(path.rf
 }  // namespace
 
 LocalProvider::LocalProvider() = default;
-LocalProvider::~LocalProvider() = default;
+LocalProvider::~LocalProvider() { endChangePolling(); }
 
 void LocalProvider::doCreateFile(const StorageIRI& location) const {
   const auto path = nativePath(location);

@@ -47,7 +47,7 @@ std::unique_ptr<ByteStream> opened(const provider::StorageIRI& location, const O
 }  // namespace
 
 MemoryProvider::MemoryProvider(StorageIRI root) : root_(std::move(root)) {}
-MemoryProvider::~MemoryProvider() = default;
+MemoryProvider::~MemoryProvider() { endChangePolling(); }
 
 void MemoryProvider::doCreateFile(const StorageIRI& location) const { tree_->createFile(place(location)); }
 void MemoryProvider::doCreateFolder(const StorageIRI& location) const { tree_->createFolder(place(location)); }

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string_view>
+
+namespace foundation::storage::provider::detail {
+
+/// Writes two records to the diagnostic log, channel "foundation::storage::provider": that something failed, and
+/// the chain of exceptions being handled. To be called from a handler.
+void logCaughtFailure(std::string_view what);
+
+}  // namespace foundation::storage::provider::detail
