@@ -51,6 +51,15 @@ TEST(TransactionalStream, LogsAnAbortThatFailedTwiceWithoutPasswords) {
             (Messages{failed, "Exception caught: ErrorCode::IOError at s://ann:***@host/a"}));
   const auto failToClose = [] { throw ByteStreamCloseFailure("s://ann:secret@host/a", ErrorCode::NoSpaceLeft); };
   EXPECT_EQ(recordsOfDropping(2, failToClose), (Messages{failed, "Exception caught: ErrorCode::NoSpaceLeft"}));
+  const auto wrap = [&] {
+    try {
+      refuse();
+    } catch (const Exception&) {
+      std::throw_with_nested(std::runtime_error("upload"));
+    }
+  };
+  EXPECT_EQ(recordsOfDropping(2, wrap),
+            (Messages{failed, "Exception caught: upload, because of: ErrorCode::IOError at s://ann:***@host/a"}));
   const auto others = recordsOfDropping(2, [] { throw std::runtime_error("something else"); });
   ASSERT_EQ(others.size(), 2u);
   EXPECT_NE(others[1].find("something else"), std::string::npos);

@@ -72,7 +72,7 @@ void IProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destinati
   const bool exists = doFileExists(destination);
   if (exists && preservesExisting(policy))
     throw Exception(ErrorCode::ResourceAlreadyExists, destination);
-  if (exists && doGetCanonicalLocation(source) == doGetCanonicalLocation(destination))
+  if (exists && detail::areOneFile(*this, source, *this, destination))
     throw detail::selfCopyRefusal(destination);
   auto input = doOpenReadOnlyStream(source);
   auto output = doOpenStream(destination, {.access = ByteStreamAccess::ReadWrite,

@@ -41,11 +41,12 @@ class FOUNDATION_EXPORT PhysicalProviderFactory {
   /// Configures all live providers that take options (`IConfigurableProvider`), and all that are built
   /// from now on. Where a provider refuses, those after it (in the order of their keys) stay as they
   /// were; new ones get the new configuration all the same. An empty tree configures nothing.
+  /// Of two calls at once either may be the last, for each provider by itself.
   void configure(boost::property_tree::ptree configuration);
 
   /// Shuts all live providers down and forgets them; users that still hold one must not use it. Where
-  /// a provider throws, nothing is forgotten. One that is built meanwhile may be forgotten without being
-  /// shut down.
+  /// a provider throws, nothing is forgotten. Until they are forgotten, `buildProvider` hands out providers that are
+  /// shut down. One that is built meanwhile may be forgotten without being shut down.
   void shutdownProvider() const;
 
  private:

@@ -5,24 +5,12 @@
 #include <foundation/storage/provider/InvalidateProvider.h>
 #include <foundation/storage/provider/detail/SelfCopy.h>
 #include <foundation/storage/provider/detail/StreamCopy.h>
-#include <foundation/storage/provider/extensions/IFileIdentity.h>
 #include <foundation/storage/provider/extensions/IFlushableFilesystem.h>
 #include <foundation/storage/provider/extensions/IInvalidatable.h>
 
 #include <utility>
 
 namespace foundation::storage::provider {
-namespace {
-
-/// Whether two locations of one scheme are one existing file that has several names.
-bool shareAnIdentity(const IProvider& a, const StorageIRI& ofA, const IProvider& b, const StorageIRI& ofB) {
-  const auto* first = dynamic_cast<const extensions::IFileIdentity*>(&a);
-  const auto* second = dynamic_cast<const extensions::IFileIdentity*>(&b);
-  return first != nullptr && second != nullptr && first->getFileIdentity(ofA) == second->getFileIdentity(ofB);
-}
-
-}  // namespace
-
 StorageItem::StorageItem(std::shared_ptr<IProvider> provider, StorageIRI location)
     : provider_(std::move(provider)), location_(std::move(location)) {}
 
@@ -69,16 +57,9 @@ TransactionStatus StorageItem::copyFile(const StorageItem& destination, const Co
       return provider_->copyFileAtomic(location_, destination.location_, options.replacementPolicy,
                                        options.interruptCallback);
   }
-  if (exists && isSameFileAs(destination))
+  if (exists && detail::areOneFile(*provider_, location_, *destination.provider_, destination.location_))
     throw detail::selfCopyRefusal(destination.location_);
   return detail::copyThroughStreams(*this, destination, options);
-}
-
-bool StorageItem::isSameFileAs(const StorageItem& other) const {
-  if (getScheme() != other.getScheme())
-    return false;
-  return getCanonicalLocation() == other.getCanonicalLocation() ||
-         shareAnIdentity(*provider_, location_, *other.provider_, other.location_);
 }
 
 void StorageItem::copyFile(const StorageItem& destination, const ReplacementPolicy& policy) const {

@@ -132,9 +132,6 @@ class FOUNDATION_EXPORT StorageItem {
   friend FOUNDATION_EXPORT void invalidateProvider(const StorageItem& item);
 
   bool hasSameProviderInstance(const StorageItem& other) const { return provider_ == other.provider_; }
-  /// Whether two existing items are one file, as far as their stores can tell: opening it for writing would
-  /// destroy what is to be read.
-  bool isSameFileAs(const StorageItem& other) const;
 
   std::shared_ptr<IProvider> provider_;
   StorageIRI location_;

@@ -13,7 +13,8 @@ namespace foundation::storage::provider {
 class ByteStream;
 
 /// A file being written that nobody sees until it is whole. `close` with `StreamClosePolicy::Commit`
-/// puts it in the place of the target in one step; `Abort`, or destroying the stream, throws it away:
+/// puts it in the place of the target (in one step, if the store moves files in one step); `Abort`, or destroying the
+/// stream, throws it away:
 ///
 ///     const auto stream = item.openTransactionalStream({});
 ///     write(*stream);                             // may throw: the target stays as it is

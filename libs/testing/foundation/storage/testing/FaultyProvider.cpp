@@ -1,10 +1,12 @@
 #include <foundation/storage/testing/FaultyProvider.h>
 
+#include <fl/i18n/Convert.h>
 #include <foundation/storage/testing/detail/Faulty.h>
 #include <foundation/storage/testing/detail/Guarded.h>
 
 #include <boost/property_tree/ptree.hpp>
 
+#include <sstream>
 #include <utility>
 
 namespace foundation::storage::testing {
@@ -276,7 +278,11 @@ void FaultyProvider::doInvalidate(const StorageIRI& location) {
 std::u16string FaultyProvider::doGetFileIdentity(const StorageIRI& location) const {
   return run(Operation::GetFileIdentity, location, [&] {
     const auto* inner = dynamic_cast<const provider::extensions::IFileIdentity*>(inner_.get());
-    return inner != nullptr ? inner->getFileIdentity(location) : inner_->getCanonicalLocation(location).toString();
+    if (inner != nullptr)
+      return inner->getFileIdentity(location);
+    std::ostringstream store;
+    store << "faulty:" << inner_.get() << ':';
+    return fl::i18n::to_ustring(store.str()) + inner_->getCanonicalLocation(location).toString();
   });
 }
 

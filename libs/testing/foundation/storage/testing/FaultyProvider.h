@@ -103,7 +103,7 @@ class FOUNDATION_EXPORT FaultyProvider final : public provider::IConfigurablePro
   void doConfigure(boost::property_tree::ptree configuration) override;
   void doFlushFilesystem() override;
   void doInvalidate(const StorageIRI& location) override;
-  /// The canonical location's text where the inner provider does not tell its files apart.
+  /// Made of the inner provider and the canonical location where that does not tell its files apart.
   std::u16string doGetFileIdentity(const StorageIRI& location) const override;
 
   using ListOperation = Listing (provider::IProvider::*)(const StorageIRI&, std::u16string) const;

@@ -33,10 +33,16 @@ void ProviderFactoryImpl::configure(boost::property_tree::ptree configuration) {
     // Both at once: a provider that is built meanwhile is either known here or gets the new configuration.
     const std::scoped_lock lock(mutex_);
     known = cache_;
-    configuration_ = configuration;
+    configuration_ = std::move(configuration);
   }
   for (const auto& [key, provider] : known)
-    configureIfPossible(provider.lock().get(), configuration);
+    configureIfPossible(provider.lock().get(), storedConfiguration());
+}
+
+/// A provider may configure its factory while it is being configured: the others get what is newest then.
+boost::property_tree::ptree ProviderFactoryImpl::storedConfiguration() const {
+  const std::scoped_lock lock(mutex_);
+  return configuration_;
 }
 
 void ProviderFactoryImpl::shutdownAll() {

@@ -31,6 +31,7 @@ class ProviderFactoryImpl {
   using Cache = std::map<StorageIRI, std::weak_ptr<IProvider>>;
 
   Cache snapshot() const;
+  boost::property_tree::ptree storedConfiguration() const;
 
   Cache cache_;
   mutable std::mutex mutex_;

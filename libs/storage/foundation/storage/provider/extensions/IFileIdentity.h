@@ -10,9 +10,9 @@ class StorageIRI;
 
 namespace foundation::storage::provider::extensions {
 
-/// A provider whose files can have several names of equal right (hard links), so that the canonical location
-/// does not tell whether two locations are one file. A back end inherits from it publicly, beside `IProvider`;
-/// copying asks it before it opens a destination that might be the source.
+/// A provider that tells its files apart: where a file can have several names of equal right (hard links), or
+/// two stores the same locations, the canonical location does not. A back end inherits from it publicly, beside
+/// `IProvider`; copying asks it before it opens a destination that might be the source.
 class FOUNDATION_EXPORT IFileIdentity {
  public:
   IFileIdentity() = default;
@@ -20,8 +20,9 @@ class FOUNDATION_EXPORT IFileIdentity {
   IFileIdentity& operator=(const IFileIdentity&) = default;
   virtual ~IFileIdentity();
 
-  /// A text that two existing files share exactly where they are one file. It holds for all providers of
-  /// the location's scheme in this process, as long as the file exists.
+  /// A text that two existing files share exactly where they are one file, whatever providers they are reached
+  /// through. It begins with the back end's name, so that those of different back ends never meet, and holds in
+  /// this process as long as the file exists.
   /// @param location  of a file; links are followed. Throws `Exception` where there is none. Any number of
   ///                  threads may ask.
   std::u16string getFileIdentity(const StorageIRI& location) const { return doGetFileIdentity(location); }

@@ -16,11 +16,13 @@ namespace foundation::storage::backend::memory {
 /// hold any character but '/'; case matters; dot segments are resolved as the text says; there are no links.
 ///
 /// **What it can do.** Everything that the contract has, and all of it atomically: no operation on entries shows
-/// half of its work, copies included. A file stays readable and writable through streams that are open while it
+/// half of its work, but for the creation of several folders at once. A copy is what the source held at one
+/// moment; with a callback, what a reader sees who takes 4 MiB at a time. Transactions show no scratch file. A
+/// file stays readable and writable through streams that are open while it
 /// is moved, replaced or removed. Wildcards are those of `support::Wildcard`, by case. A listing is what the
 /// folder held when the listing began. Names that begin with '.' are hidden. Files that are not writable
-/// refuse streams and truncation, folders that are not writable refuse changes of their entries. Times are kept to the
-/// microsecond.
+/// refuse streams, transactions, copies onto them and truncation, folders that are not writable refuse changes of their
+/// entries. Times are kept to the microsecond.
 ///
 /// **Space.** The option `capacity` (`IConfigurableProvider`) limits the sum of the files' sizes in bytes, those of
 /// removed files included as long as they are open; without it there is no limit. What does not fit fails with

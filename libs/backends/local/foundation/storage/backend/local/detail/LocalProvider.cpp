@@ -243,7 +243,7 @@ ExistenceTypeExtended LocalProvider::doExistsExtended(const StorageIRI& location
 
 std::u16string LocalProvider::doGetFileIdentity(const StorageIRI& location) const {
   const auto status = requireStatus(location, nativePath(location));
-  return fl::i18n::to_ustring(std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino));
+  return fl::i18n::to_ustring("local:" + std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino));
 }
 
 }  // namespace foundation::storage::backend::local::detail

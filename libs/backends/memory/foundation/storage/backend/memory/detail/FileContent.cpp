@@ -103,6 +103,8 @@ void FileContent::dropFrom(std::uint64_t size) {
 
 bool FileContent::resize(std::uint64_t size) {
   const std::scoped_lock lock(mutex_);
+  if (size == size_)
+    return true;
   if (size > size_) {
     const auto growth = size - size_;
     if (const auto taken = space_->take(growth); taken < growth) {

@@ -16,17 +16,19 @@ constexpr std::uint64_t stepSize = 4 * 1024 * 1024;
 TransactionStatus copyAside(Tree& tree, const Place& source, const Place& destination,
                             provider::ReplacementPolicy policy, const std::function<InterruptSignal()>& interrupt) {
   const auto original = tree.file(source);
-  tree.requireCopyable(*original.content, destination, policy);
+  tree.requireCanPut(*original.content, destination, policy);
   const Tree::File copy{tree.makeContent(), original.isWritable};
-  for (;;) {
-    const auto copied = copy.content->appendFrom(*original.content, interrupt ? stepSize : FileContent::maximumSize);
+  const auto append = [&](std::uint64_t most) {
+    const auto copied = copy.content->appendFrom(*original.content, most);
     if (!copied)
       throw refusal(provider::ErrorCode::NoSpaceLeft, destination.location, u"The store is full");
-    if (*copied == 0)
-      break;
-    if (interrupt && interrupt() == InterruptSignal::Abort)
+    return *copied > 0;
+  };
+  if (!interrupt)
+    append(FileContent::maximumSize);
+  while (interrupt && append(stepSize))
+    if (interrupt() == InterruptSignal::Abort)
       return TransactionStatus::Aborted;
-  }
   tree.put(copy, *original.content, destination, policy);
   return TransactionStatus::Completed;
 }

@@ -4,6 +4,7 @@
 
 #include <ios>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace foundation::storage::backend::memory::detail {
@@ -39,13 +40,22 @@ std::int64_t MemoryByteStream::doWrite(const char* buffer, std::int64_t count) {
   if (count == 0)
     return 0;
   const auto at = mode_ == Mode::Appending ? std::nullopt : std::optional(static_cast<std::uint64_t>(position_));
-  const auto written = content_->write(at, buffer, static_cast<std::size_t>(count));
+  const auto written = write(at, buffer, static_cast<std::size_t>(count));
   if (written.count == 0 && written.end == FileContent::maximumSize)
     throw streamRefusal<ByteStreamWriteFailure>(ErrorCode::FileTooLarge, location_, u"No file can be longer");
   if (written.count == 0)
     throw streamRefusal<ByteStreamWriteFailure>(ErrorCode::NoSpaceLeft, location_, u"The store is full");
   position_ = static_cast<std::int64_t>(written.end);
   return static_cast<std::int64_t>(written.count);
+}
+
+FileContent::Written MemoryByteStream::write(std::optional<std::uint64_t> position, const char* bytes,
+                                             std::size_t count) {
+  try {
+    return content_->write(position, bytes, count);
+  } catch (const std::bad_alloc&) {
+    throw streamRefusal<ByteStreamWriteFailure>(ErrorCode::InternalError, location_, u"There is no memory left");
+  }
 }
 
 std::int64_t MemoryByteStream::base(int origin) const {

@@ -5,6 +5,7 @@
 #include <foundation/storage/provider/StorageIRI.h>
 
 #include <memory>
+#include <optional>
 
 namespace foundation::storage::backend::memory::detail {
 
@@ -24,6 +25,7 @@ class MemoryByteStream final : public provider::ByteStream {
 
   template <class Failure>
   void requireOpen() const;
+  FileContent::Written write(std::optional<std::uint64_t> position, const char* bytes, std::size_t count);
   std::int64_t base(int origin) const;
 
   std::shared_ptr<FileContent> content_;  ///< none once it is closed

@@ -1,12 +1,16 @@
 #include <foundation/storage/backend/memory/detail/MemoryProvider.h>
 
+#include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/memory/detail/Failure.h>
 #include <foundation/storage/backend/memory/detail/FileCopy.h>
 #include <foundation/storage/backend/memory/detail/MemoryByteStream.h>
 #include <foundation/storage/backend/support/EntryList.h>
 #include <foundation/storage/backend/support/FilteredListing.h>
 #include <foundation/storage/backend/support/Options.h>
+#include <foundation/storage/provider/GenericTransactionalStream.h>
+#include <foundation/storage/provider/SafeByteStream.h>
 
+#include <sstream>
 #include <utility>
 
 namespace foundation::storage::backend::memory::detail {
@@ -32,6 +36,11 @@ constexpr ListingScope fileNames{.only = Kind::File, .givesAttributes = false};
 constexpr ListingScope folderNames{.only = Kind::Folder, .givesAttributes = false};
 constexpr ListingScope tree{.isRecursive = true};
 constexpr ListingScope treeNames{.isRecursive = true, .givesAttributes = false};
+
+MemoryByteStream::Mode modeOf(const ByteStreamOpenOptions& options) {
+  return options.append == ByteStreamAppend::Append ? MemoryByteStream::Mode::Appending
+                                                    : MemoryByteStream::Mode::Positioned;
+}
 
 /// Opening fails as a stream does.
 template <class Open>
@@ -67,6 +76,14 @@ ExistenceType MemoryProvider::doExists(const StorageIRI& location) const {
   return kind == Kind::File ? ExistenceType::AsFile : ExistenceType::AsFolder;
 }
 
+provider::ExistenceTypeExtended MemoryProvider::doExistsExtended(const StorageIRI& location) const {
+  const auto kind = tree_->kindOf(place(location));
+  if (!kind)
+    return provider::ExistenceTypeExtended::None;
+  return kind == Kind::File ? provider::ExistenceTypeExtended::RegularFile
+                            : provider::ExistenceTypeExtended::RegularFolder;
+}
+
 void MemoryProvider::doRemoveFile(const StorageIRI& location) const { tree_->remove(place(location), Kind::File); }
 void MemoryProvider::doRemoveFolder(const StorageIRI& location) const { tree_->remove(place(location), Kind::Folder); }
 
@@ -94,14 +111,9 @@ provider::FolderAttributes MemoryProvider::doGetFolderAttributes(const StorageIR
 
 std::unique_ptr<ByteStream> MemoryProvider::doOpenStream(const StorageIRI& location,
                                                          const ByteStreamOpenOptions& options) const {
-  const auto mode = options.append == ByteStreamAppend::Append ? MemoryByteStream::Mode::Appending
-                                                               : MemoryByteStream::Mode::Positioned;
   return opened(location, [&] {
-    auto content = tree_->fileForWriting(place(location), options.create);
-    auto stream = std::make_unique<MemoryByteStream>(content, mode, location);
-    if (options.truncate == ByteStreamTruncate::TruncateExisting)
-      content->resize(0);
-    return stream;
+    return std::make_unique<MemoryByteStream>(tree_->fileForWriting(place(location), options.create, options.truncate),
+                                              modeOf(options), location);
   });
 }
 
@@ -110,6 +122,21 @@ std::unique_ptr<ByteStream> MemoryProvider::doOpenReadOnlyStream(const StorageIR
     return std::make_unique<MemoryByteStream>(tree_->file(place(location)).content, MemoryByteStream::Mode::Positioned,
                                               location);
   });
+}
+
+std::unique_ptr<provider::TransactionalStream> MemoryProvider::doOpenTransactionalStream(
+    const StorageIRI& location, const ByteStreamOpenOptions& options) const {
+  auto target = place(location);
+  auto content = tree_->makeContent();
+  tree_->requireCanPut(*content, target, ReplacementPolicy::Overwrite);
+  auto bytes = std::make_unique<MemoryByteStream>(content, modeOf(options), location);
+  const bool isReadable = options.access == provider::ByteStreamAccess::ReadWrite;
+  std::shared_ptr<ByteStream> stream = std::make_shared<provider::SafeByteStream>(std::move(bytes), isReadable, true);
+  const auto finish = [entries = tree_, content, target](const provider::StreamClosePolicy& policy) {
+    if (policy == provider::StreamClosePolicy::Commit)
+      entries->put({content, true}, *content, target, ReplacementPolicy::Overwrite);
+  };
+  return std::make_unique<provider::GenericTransactionalStream<ByteStream>>(std::move(stream), finish);
 }
 
 MemoryProvider::Listing MemoryProvider::list(const StorageIRI& location, const ListingScope& scope) const {
@@ -228,7 +255,8 @@ provider::ProviderStorageInfo MemoryProvider::doGetProviderStorageInfo(const Sto
 }
 
 void MemoryProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const {
-  const auto content = tree_->fileForWriting(place(location), ByteStreamCreate::NeverCreate);
+  const auto content =
+      tree_->fileForWriting(place(location), ByteStreamCreate::NeverCreate, ByteStreamTruncate::PreserveExisting);
   if (newSize > FileContent::maximumSize)
     throw refusal(ErrorCode::FileTooLarge, location, u"No file can be longer than 2^63 - 1 bytes");
   if (!content->resize(newSize))
@@ -240,6 +268,12 @@ void MemoryProvider::doConfigure(boost::property_tree::ptree configuration) {
   const auto capacity = options.takeBytes("capacity");
   options.requireNoMore();
   tree_->space().setCapacity(capacity.value_or(Space::unlimited));
+}
+
+std::u16string MemoryProvider::doGetFileIdentity(const StorageIRI& location) const {
+  std::ostringstream text;
+  text << "memory:" << tree_->file(place(location)).content.get();
+  return fl::i18n::to_ustring(text.str());
 }
 
 }  // namespace foundation::storage::backend::memory::detail

@@ -2,6 +2,7 @@
 
 #include <foundation/storage/backend/memory/detail/Tree.h>
 #include <foundation/storage/provider/IConfigurableProvider.h>
+#include <foundation/storage/provider/extensions/IFileIdentity.h>
 
 #include <memory>
 #include <optional>
@@ -10,7 +11,7 @@
 namespace foundation::storage::backend::memory::detail {
 
 /// One store in memory; `MemoryProviderFactory` says how it behaves.
-class MemoryProvider final : public provider::IConfigurableProvider {
+class MemoryProvider final : public provider::IConfigurableProvider, public provider::extensions::IFileIdentity {
  public:
   /// @param root  as `rootOf` gives it
   explicit MemoryProvider(provider::StorageIRI root);
@@ -36,6 +37,9 @@ class MemoryProvider final : public provider::IConfigurableProvider {
   std::unique_ptr<provider::ByteStream> doOpenStream(const StorageIRI& location,
                                                      const provider::ByteStreamOpenOptions& options) const override;
   std::unique_ptr<provider::ByteStream> doOpenReadOnlyStream(const StorageIRI& location) const override;
+  /// Refuses a target that is not writable, as a plain stream does, and a folder.
+  std::unique_ptr<provider::TransactionalStream> doOpenTransactionalStream(
+      const StorageIRI& location, const provider::ByteStreamOpenOptions& options) const override;
   Listing doListAll(const StorageIRI& location) const override;
   Listing doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const override;
   Listing doListFiles(const StorageIRI& location) const override;
@@ -63,9 +67,11 @@ class MemoryProvider final : public provider::IConfigurableProvider {
   bool doHasFeature(const provider::ExtendedFeature& feature) const override;
   StorageIRI doGetCanonicalLocation(const StorageIRI& location) const override;
   provider::ExistenceType doExists(const StorageIRI& location) const override;
+  provider::ExistenceTypeExtended doExistsExtended(const StorageIRI& location) const override;
   provider::ProviderStorageInfo doGetProviderStorageInfo(const StorageIRI& location) const override;
   void doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const override;
   void doConfigure(boost::property_tree::ptree configuration) override;
+  std::u16string doGetFileIdentity(const StorageIRI& location) const override;
 
   Place place(const StorageIRI& location) const { return placeIn(root_, location); }
   Listing list(const StorageIRI& location, const ListingScope& scope) const;

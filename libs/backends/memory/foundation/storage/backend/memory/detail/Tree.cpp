@@ -203,10 +203,11 @@ void Tree::move(const Place& source, const Place& destination, ReplacementPolicy
   requireMoveDestination(moved, destination, policy);
   auto& from = requireWritableParent(source);
   auto& to = requireWritableParent(destination);
-  auto entry = from.children.extract(nameOf(source));
-  entry.key() = nameOf(destination);
-  if (auto existing = to.children.extract(nameOf(destination)))
+  auto newName = nameOf(destination);  // before anything changes: this may be short of memory
+  auto entry = from.children.extract(from.children.find(source.names.back()));
+  if (auto existing = to.children.extract(newName))
     replaced = std::move(existing.mapped());
+  entry.key() = std::move(newName);
   to.children.insert(std::move(entry));
   from.lastModified = to.lastModified = now();
 }
@@ -241,17 +242,20 @@ Tree::File Tree::file(const Place& place) const {
   return {node.content, node.isWritable};
 }
 
-std::shared_ptr<FileContent> Tree::fileForWriting(const Place& place, provider::ByteStreamCreate create) {
+std::shared_ptr<FileContent> Tree::fileForWriting(const Place& place, provider::ByteStreamCreate create,
+                                                  provider::ByteStreamTruncate truncate) {
   const std::scoped_lock lock(mutex_);
   if (create == provider::ByteStreamCreate::Create && find(place) == nullptr)
     insert(place, std::make_unique<Node>(makeContent()));
   const auto& node = require(place, Kind::File);
   if (!node.isWritable)
     throw refusal(ErrorCode::PermissionDenied, place.location, u"The file is not writable");
+  if (truncate == provider::ByteStreamTruncate::TruncateExisting)
+    node.content->resize(0);
   return node.content;
 }
 
-void Tree::requireCopyable(const FileContent& source, const Place& destination, ReplacementPolicy policy) const {
+void Tree::requireCanPut(const FileContent& source, const Place& destination, ReplacementPolicy policy) const {
   const std::shared_lock lock(mutex_);
   requireReplaceable(source, destination, policy);
 }

@@ -59,11 +59,13 @@ class Tree {
     bool isWritable;
   };
   File file(const Place& place) const;
-  /// A file to be written; created where that is asked for. Its content stays as it is.
-  std::shared_ptr<FileContent> fileForWriting(const Place& place, provider::ByteStreamCreate create);
-  /// Throws unless a copy of `source` could be put at `destination`.
-  void requireCopyable(const FileContent& source, const Place& destination, provider::ReplacementPolicy policy) const;
-  /// Puts a new file in the place of what is there, as `requireCopyable` allows.
+  /// A file to be written; created, and emptied, where that is asked for.
+  std::shared_ptr<FileContent> fileForWriting(const Place& place, provider::ByteStreamCreate create,
+                                              provider::ByteStreamTruncate truncate);
+  /// Throws unless new content could be put at `destination`.
+  /// @param source  what it is a copy of: not to be replaced by it
+  void requireCanPut(const FileContent& source, const Place& destination, provider::ReplacementPolicy policy) const;
+  /// Puts a new file in the place of what is there, where `requireCanPut` would allow it.
   void put(const File& copy, const FileContent& source, const Place& destination, provider::ReplacementPolicy policy);
 
   /// The entries of a folder, in the order of their names; a folder before what it holds.
