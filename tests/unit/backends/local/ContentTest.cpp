@@ -4,6 +4,7 @@
 
 #include <boost/date_time/posix_time/time_parsers.hpp>
 
+#include <array>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -208,11 +209,16 @@ TEST_F(ContentTest, NeverDestroysTheSourceOfACopy) {
 
 TEST_F(ContentTest, CopiesTheModeLessTheUmask) {
   put("file", "secret");
-  ASSERT_EQ(chmod(native("file").c_str(), 0700), 0);
-  child(u"file").copyFile(child(u"copy"), ReplacementPolicy::Preserve);
-  struct stat status;
-  ASSERT_EQ(stat(native("copy").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0700u);
+  for (const auto& [mode, mask, expected] : {std::array<mode_t, 3>{0700, 022, 0700}, {0777, 027, 0750}}) {
+    ASSERT_EQ(chmod(native("file").c_str(), mode), 0);
+    const mode_t outer = umask(mask);
+    child(u"file").copyFile(child(u"copy"), ReplacementPolicy::Preserve);
+    umask(outer);
+    struct stat status;
+    ASSERT_EQ(stat(native("copy").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, expected);
+    std::filesystem::remove(native("copy"));
+  }
 }
 
 TEST_F(ContentTest, IsNotCopiedOntoItselfThroughStreams) {
@@ -228,6 +234,8 @@ TEST_F(ContentTest, IsNotCopiedOntoItselfThroughStreams) {
     const StorageItem elsewhere(LocalProviderFactory().buildProvider(location), child(name).getLocation());
     EXPECT_EQ(codeThrownAt(elsewhere, [&] { child(u"file").copyFile(elsewhere, ReplacementPolicy::Overwrite); }),
               ErrorCode::InvalidLocation);
+    const StorageItem shouted(folder, StorageIRI(u"FILE" + child(name).getLocation().toString().substr(4)));
+    EXPECT_EQ(codeThrownAt(shouted, [&] { child(u"file").copyFile(shouted, watched); }), ErrorCode::InvalidLocation);
   }
   EXPECT_EQ(content("file"), bytes);
 }

@@ -118,6 +118,19 @@ TEST_F(MoveTest, GivesTheNameBackWhereTheOtherCannotBeReplaced) {
 }
 
 /// In a sticky folder others' files can neither be replaced nor removed.
+TEST_F(MoveTest, DestroysNothingByOtherWaysToTheSource) {
+  put("file", "content");
+  std::filesystem::create_symlink("file", native("link"));
+  EXPECT_EQ(codeThrownAt(child(u"file"),
+                         [&] { child(u"link").moveFile(child(u"file").getLocation(), ReplacementPolicy::Overwrite); }),
+            ErrorCode::InvalidLocation);
+  EXPECT_EQ(content("file"), "content");
+  std::filesystem::create_directory(native("folder"));
+  std::filesystem::create_symlink("folder", native("way"));
+  EXPECT_ANY_THROW(child(u"folder").moveFolder(child(u"way/.").getLocation(), ReplacementPolicy::Overwrite));
+  EXPECT_TRUE(std::filesystem::is_directory(native("folder")));
+}
+
 class StickyFolderTest : public MoveTest {
  protected:
   void SetUp() override {

@@ -198,6 +198,40 @@ TEST_F(TransactionTest, WritesThroughLinks) {
     }
 }
 
+TEST_F(TransactionTest, KeepsTheGroupOrGivesItNoMoreThanOthersHave) {
+  constexpr gid_t foreign = 4242;
+  const WithUmask mask(0);
+  put("file", "old");
+  if (chown(native("file").c_str(), static_cast<uid_t>(-1), foreign) != 0)
+    GTEST_SKIP() << "only root gives files to a group that it is not in";
+  ASSERT_EQ(chmod(native("file").c_str(), 0664), 0);
+  ASSERT_EQ(chmod(path.c_str(), 0777), 0);
+  const auto expectAfterCommit = [&](mode_t mode, gid_t group) {
+    child(u"file").openTransactionalStream({})->close(StreamClosePolicy::Commit);
+    struct stat status;
+    ASSERT_EQ(stat(native("file").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode);
+    EXPECT_EQ(status.st_gid, group);
+  };
+  expectAfterCommit(0664, foreign);
+  const WithoutPrivileges nobody;
+  expectAfterCommit(0644, getegid());
+}
+
+TEST_F(TransactionTest, RefusesLinksWhoseTextLeadsElsewhere) {
+  fs::create_symlink("nowhere/", native("link"));
+  EXPECT_EQ(codeThrownAt(child(u"link"), [&] { child(u"link").openTransactionalStream({}); }),
+            ErrorCode::InvalidLocation);
+  put("gone", "x");
+  const int held = open(native("gone").c_str(), O_RDONLY);
+  ASSERT_NE(held, -1);
+  fs::remove(native("gone"));
+  const StorageItem nameless(folder, StorageIRI(u"file:///proc/self/fd/" + fl::i18n::to_ustring(std::to_string(held))));
+  EXPECT_EQ(codeThrownAt(nameless, [&] { nameless.openTransactionalStream({}); }), ErrorCode::InvalidLocation);
+  close(held);
+  EXPECT_EQ(names(), std::vector<std::string>{"link"});
+}
+
 TEST_F(TransactionTest, ReplacesTheFileThatItWasOpenedFor) {
   put("first", "old");
   put("second", "other");

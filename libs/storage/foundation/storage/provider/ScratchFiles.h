@@ -27,8 +27,7 @@ FOUNDATION_EXPORT bool isScratchName(std::u16string_view name);
 ///
 /// A transaction that is still under way has a scratch file, too, which is modified only when something is
 /// written to it. Choose a time before the last write of any such transaction: one whose scratch file is
-/// removed fails to commit. (Moving a file onto another of its own names goes through a scratch name for a
-/// moment, whatever the file's age; do not sweep while such moves are made.)
+/// removed fails to commit.
 ///
 /// Links, folders and files whose time is not known are left alone. Entries that vanish meanwhile are no
 /// failure. Throws what listing the folder throws; where a file cannot be examined or removed, all others are

@@ -6,14 +6,15 @@
 namespace foundation::storage::backend::local {
 
 /// Makes the provider of the local file system, which serves locations of the scheme `file` without a
-/// host:
+/// host (but localhost):
 ///
 ///     const provider::StorageIRI folder(u"file:///home/ann");
 ///     const provider::StorageItem home(LocalProviderFactory().buildProvider(folder), folder);
 ///
 /// Names are the system's own bytes: those that are no UTF-8 are kept as `fl::i18n` says. Links are
 /// followed, but for removing, moving and `existsExtended`. Entries whose names begin with '.' are
-/// hidden. Listings ignore wildcards. A copy gets the source's mode, less the umask. Folders and anything that only
+/// hidden. Listings ignore wildcards. A copy gets the source's mode, less the umask, unless it is atomic or
+/// asks a callback. Folders and anything that only
 /// blocks (pipes, sockets) cannot be opened as streams.
 ///
 /// A transaction writes to a scratch file beside its target and renames that over the target. At every moment
@@ -22,9 +23,11 @@ namespace foundation::storage::backend::local {
 /// - The target is a regular file or nothing; all else is refused when the transaction is opened, with
 ///   `Exception` and `InvalidLocation`.
 /// - A link is written through: the file that it leads to, existing or not, is replaced, and the link stays.
-/// - The new file has the permissions that the old one had when the transaction was opened, without its
-///   set-user-ID, set-group-ID and sticky bits; the scratch file never has more. Without an old file it gets
-///   0666, less the umask. Owner, access control lists and extended attributes are a new file's.
+/// - The new file has the group and the permissions that the old one had when the transaction was opened, without
+///   its set-user-ID, set-group-ID and sticky bits; the scratch file never has more. Where the group cannot be
+///   kept, or an access control list said what it may do, the group may do what all others may. Without an old
+///   file the new one gets 0666, less the umask. Owner, access control lists and extended attributes are a new
+///   file's.
 /// - Other hard links of the old file keep the old content.
 /// - What a killed program leaves behind, `provider::removeScratchFiles` removes.
 ///

@@ -13,6 +13,7 @@
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/ScratchFile.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
+#include <foundation/storage/backend/local/detail/posix/TransactionTarget.h>
 #include <foundation/storage/provider/FailureConversion.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
@@ -151,24 +152,13 @@ std::unique_ptr<TransactionalStream> LocalProvider::doOpenTransactionalStream(
     const StorageIRI& location, const ByteStreamOpenOptions& options) const {
   const auto target = findTransactionTarget(location);
   const StorageIRI scratchLocation(target.location.getParent(), provider::makeScratchName());
-  return openTransaction(target, scratchLocation, options);
-}
-
-std::unique_ptr<TransactionalStream> LocalProvider::doOpenTransactionalStreamAtScratchLocation(
-    const StorageIRI& location, const StorageIRI& scratchLocation, const ByteStreamOpenOptions& options) const {
-  return openTransaction(findTransactionTarget(location), scratchLocation, options);
-}
-
-std::unique_ptr<TransactionalStream> LocalProvider::openTransaction(const TransactionTarget& target,
-                                                                    const StorageIRI& scratchLocation,
-                                                                    const ByteStreamOpenOptions& options) const {
   ScratchFile scratch(scratchLocation, openFlags(options), target.permissions);
   auto bytes = std::make_unique<LocalByteStream>(scratch.takeDescriptor(), scratchLocation);
   const bool isReadable = options.access == ByteStreamAccess::ReadWrite;
   std::shared_ptr<ByteStream> stream = std::make_shared<provider::SafeByteStream>(std::move(bytes), isReadable, true);
-  const auto finish = [this, scratchLocation, location = target.location](const StreamClosePolicy& policy) {
+  const auto finish = [this, scratchLocation, destination = target.location](const StreamClosePolicy& policy) {
     if (policy == StreamClosePolicy::Commit)
-      doMoveFile(scratchLocation, location, ReplacementPolicy::Overwrite);
+      doMoveFile(scratchLocation, destination, ReplacementPolicy::Overwrite);
     else
       doRemoveFile(scratchLocation);
   };

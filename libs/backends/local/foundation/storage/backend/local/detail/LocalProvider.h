@@ -1,6 +1,5 @@
 #pragma once
 
-#include <foundation/storage/backend/local/detail/posix/TransactionTarget.h>
 #include <foundation/storage/provider/IProvider.h>
 #include <foundation/storage/provider/extensions/IFileIdentity.h>
 
@@ -39,9 +38,6 @@ class LocalProvider final : public provider::IProvider, public provider::extensi
   /// that it leads to.
   std::unique_ptr<provider::TransactionalStream> doOpenTransactionalStream(
       const StorageIRI& location, const provider::ByteStreamOpenOptions& options) const override;
-  std::unique_ptr<provider::TransactionalStream> doOpenTransactionalStreamAtScratchLocation(
-      const StorageIRI& location, const StorageIRI& scratchLocation,
-      const provider::ByteStreamOpenOptions& options) const override;
   Listing doListAll(const StorageIRI& location) const override;
   Listing doListFiles(const StorageIRI& location) const override;
   Listing doListFolders(const StorageIRI& location) const override;
@@ -57,10 +53,6 @@ class LocalProvider final : public provider::IProvider, public provider::extensi
   provider::ExistenceType doExists(const StorageIRI& location) const override;
   provider::ExistenceTypeExtended doExistsExtended(const StorageIRI& location) const override;
   std::u16string doGetFileIdentity(const StorageIRI& location) const override;
-
-  std::unique_ptr<provider::TransactionalStream> openTransaction(const TransactionTarget& target,
-                                                                 const StorageIRI& scratchLocation,
-                                                                 const provider::ByteStreamOpenOptions& options) const;
 };
 
 }  // namespace foundation::storage::backend::local::detail

@@ -92,6 +92,13 @@ provider::Exception refusal(ErrorCode code, const StorageIRI& location, std::u16
   return failure;
 }
 
+void addContext(provider::Exception& failure, const provider::Exception& further) {
+  auto contexts = failure.getAllExceptionContexts();
+  for (auto& context : further.getAllExceptionContexts())
+    contexts.push_back(std::move(context));
+  failure.setExceptionContexts(std::move(contexts));
+}
+
 ExceptionContexts ownContexts(const StorageIRI& location, std::u16string reason) {
   ExceptionContextInfo info(std::move(reason), {}, {{u"location", location.toString()}});
   return {ExceptionContext(u"local", std::move(info))};

@@ -22,6 +22,9 @@ provider::Exception systemFailure(int error, const char* call, const provider::S
 /// The library refuses by itself.
 provider::Exception refusal(provider::ErrorCode code, const provider::StorageIRI& location, std::u16string reason);
 
+/// Puts the contexts of a further failure behind those of the first.
+void addContext(provider::Exception& failure, const provider::Exception& further);
+
 /// Context for what the library refuses by itself.
 provider::ExceptionContexts ownContexts(const provider::StorageIRI& location, std::u16string reason);
 

@@ -52,6 +52,8 @@ std::streampos LocalByteStream::doSeek(std::int64_t offset, int origin) {
   if (origin < 0 || origin >= static_cast<int>(origins.size()))
     throw streamRefusal<ByteStreamSeekFailure>(ErrorCode::IOError, location_, "The origin of the seek is unknown");
   const auto position = lseek(descriptor_.get(), offset, origins[static_cast<std::size_t>(origin)]);
+  if (position == -1 && errno == EINVAL && offset >= 0)
+    throw streamFailure<ByteStreamSeekFailure>(EOVERFLOW, "lseek", location_);
   if (position == -1 && errno == EINVAL)
     throw streamRefusal<ByteStreamSeekFailure>(ErrorCode::IOError, location_, "The position lies before the beginning");
   if (position == -1)

@@ -4,7 +4,9 @@
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
-#include <foundation/storage/provider/ScratchFiles.h>
+
+#include <boost/uuid/random_generator.hpp>
+#include <boost/uuid/uuid_io.hpp>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -54,6 +56,9 @@ bool areHardLinks(const struct stat& source, const std::string& from, const std:
   return known && !(sameName && isSameFile(fromFolder, toFolder));
 }
 
+/// Whether link(2) is not to be had here, or not for this file, though rename(2) may be.
+bool meansNoLinks(int error) { return error == EPERM || error == EOPNOTSUPP || error == ENOSYS || error == EMLINK; }
+
 int moveFileWhereAbsent(const std::string& from, const std::string& to) {
   if (link(from.c_str(), to.c_str()) == -1)
     return -1;
@@ -65,12 +70,14 @@ int moveFileWhereAbsent(const std::string& from, const std::string& to) {
   return -1;
 }
 
-/// For file systems without an exclusive rename. A file can be linked exclusively; a folder cannot, so
-/// there is a moment between the look and the rename in which somebody may create the destination: an
-/// empty folder would then be replaced, anything else make the rename fail.
+/// For file systems without an exclusive rename. A file can mostly be linked exclusively; what somebody puts in
+/// the place of `from` before that is unlinked goes with it. A folder cannot, so there is a moment between the
+/// look and the rename in which somebody may create the destination: an empty folder, or a file, would then be
+/// replaced.
 int moveWhereAbsent(const std::string& from, const std::string& to, MovedEntry kind) {
   if (kind == MovedEntry::File)
-    return moveFileWhereAbsent(from, to);
+    if (const int result = moveFileWhereAbsent(from, to); result == 0 || !meansNoLinks(errno))
+      return result;
   struct stat status;
   if (lstat(to.c_str(), &status) == 0) {
     errno = EEXIST;
@@ -85,6 +92,12 @@ int renameExclusively(const std::string& from, const std::string& to, MovedEntry
   return result == -1 && (errno == EINVAL || errno == ENOSYS) ? moveWhereAbsent(from, to, kind) : result;
 }
 
+/// A hidden name that nobody has used before, and that no sweep takes for a scratch file: it may be a file's only
+/// one for a moment.
+std::string asideName(const std::string& folder) {
+  return folder + "." + boost::uuids::to_string(boost::uuids::random_generator()()) + ".moved";
+}
+
 /// For two names of one file, which rename(2) would leave both. To look and then remove `from` is no way: of
 /// two opposite moves each could remove what the other relies on. Instead each takes its own name aside, and
 /// removes nothing but that, and only after it has found the file at `to`. Of any number of such moves, the
@@ -93,15 +106,27 @@ int renameExclusively(const std::string& from, const std::string& to, MovedEntry
 /// Aside is in the folder of `from`: where a name could be changed once, it can be changed back.
 void moveOntoOtherName(const StorageIRI& source, const std::string& from, const StorageIRI& destination,
                        const std::string& to) {
-  const auto aside = folderOf(from) + fl::i18n::to_string(provider::makeScratchName());
+  const auto aside = asideName(folderOf(from));
   if (rename(from.c_str(), aside.c_str()) == -1)
     throw systemFailure(errno, "rename", source);
   const bool isMoved = rename(aside.c_str(), to.c_str()) == 0;
   if (isMoved && (unlink(aside.c_str()) == 0 || errno == ENOENT))
     return;
   const int error = errno;
-  renameExclusively(aside, from, MovedEntry::File);  // where `from` is taken by now, both are kept
-  throw systemFailure(error, isMoved ? "unlink" : "rename", destination);
+  const bool isBack = renameExclusively(aside, from, MovedEntry::File) == 0;
+  auto failure = systemFailure(error, isMoved ? "unlink" : "rename", destination);
+  if (!isBack)  // where `from` is taken by now, both are kept
+    addContext(failure, refusal(failure.getErrorCode(), toLocation(source, aside), u"The file is still there"));
+  throw failure;
+}
+
+/// rename(2) would put the link in the place of what it leads to, and so destroy that.
+void requireNotBehindLink(const struct stat& source, const StorageIRI& destination, const std::string& from,
+                          const std::string& to) {
+  struct stat behind, replaced;
+  if (S_ISLNK(source.st_mode) && stat(from.c_str(), &behind) == 0 && lstat(to.c_str(), &replaced) == 0 &&
+      isSameFile(behind, replaced))
+    throw refusal(provider::ErrorCode::InvalidLocation, destination, u"This is what the moved link leads to");
 }
 
 }  // namespace
@@ -113,10 +138,12 @@ void moveEntry(const StorageIRI& source, const StorageIRI& destination, provider
   const auto status = requireKind(source, from, kind);
   if (kind == MovedEntry::Folder && !preservesExisting(policy))
     requireFolderOrNothing(destination, to);
+  if (!preservesExisting(policy))
+    requireNotBehindLink(status, destination, from, to);
   if (preservesExisting(policy)) {
     if (renameExclusively(from, to, kind) == -1)
       throw systemFailure(errno, "rename", destination);
-  } else if (areHardLinks(status, from, to)) {
+  } else if (kind == MovedEntry::File && areHardLinks(status, from, to)) {
     moveOntoOtherName(source, from, destination, to);
   } else if (rename(from.c_str(), to.c_str()) == -1) {
     // On some systems a folder that is not empty "exists".

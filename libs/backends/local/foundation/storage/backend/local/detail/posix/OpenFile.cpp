@@ -43,8 +43,12 @@ void makeBlocking(const OpenFile& file, const StorageIRI& location) {
 OpenFile openFile(const StorageIRI& location, int flags, mode_t mode) {
   const auto path = nativePath(location);
   requireNoPipe(path, location);
-  const int all = flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-  OpenFile file{Descriptor(retried([&] { return open(path.c_str(), all, mode); })), {}};
+  const auto openWith = [&](int more) {
+    return Descriptor(retried([&] { return open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | more, mode); }));
+  };
+  OpenFile file{openWith(O_NONBLOCK), {}};
+  if (!file.descriptor.isOpen() && errno == EWOULDBLOCK)
+    file.descriptor = openWith(0);  // a file that is leased to another program, which gives it up soon (fcntl(2))
   if (!file.descriptor.isOpen())
     throw streamFailure<ByteStreamOpenFailure>(errno, "open", location);
   if (fstat(file.descriptor.get(), &file.status) == -1)

@@ -13,20 +13,31 @@ namespace foundation::storage::backend::local::detail {
 using provider::ByteStreamOpenFailure;
 using provider::StorageIRI;
 
+namespace {
+
+constexpr mode_t groupBits = 0070;
+
+/// What the group of a new file may do.
+mode_t groupModeOf(const Permissions& permissions, bool isOfThatGroup) {
+  const mode_t ofOthers = (permissions.mode & 0007) << 3;
+  const bool isTheGroups = isOfThatGroup && !permissions.hasAccessList;
+  return permissions.mode & (isTheGroups ? groupBits : ofOthers);
+}
+
+}  // namespace
+
 ScratchFile::ScratchFile(const StorageIRI& location, int flags, mode_t mode) {
   auto path = nativePath(location);
-  const bool isNew = (flags & O_CREAT) != 0;
-  const int all = flags | (isNew ? O_EXCL : O_NOFOLLOW) | O_CLOEXEC | O_NOCTTY;
+  const int all = flags | O_EXCL | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY;
   descriptor_ = Descriptor(retried([&] { return open(path.c_str(), all, mode); }));
   if (!descriptor_.isOpen())
     throw streamFailure<ByteStreamOpenFailure>(errno, "open", location);
-  if (isNew)
-    path_ = std::move(path);
+  path_ = std::move(path);
 }
 
 // It is the finished delegate that makes the destructor remove the file where the body throws.
-ScratchFile::ScratchFile(const StorageIRI& location, int flags, const std::optional<mode_t>& permissions)
-    : ScratchFile(location, flags, permissions.value_or(0666)) {
+ScratchFile::ScratchFile(const StorageIRI& location, int flags, const std::optional<Permissions>& permissions)
+    : ScratchFile(location, flags, permissions ? permissions->mode & ~groupBits : 0666) {
   if (permissions)
     setPermissions(location, *permissions);
 }
@@ -36,12 +47,15 @@ ScratchFile::~ScratchFile() {
     unlink(path_->c_str());
 }
 
-void ScratchFile::setPermissions(const StorageIRI& location, mode_t permissions) const {
+void ScratchFile::setPermissions(const StorageIRI& location, const Permissions& permissions) const {
   struct stat status;
   if (fstat(descriptor_.get(), &status) == -1)
     throw streamFailure<ByteStreamOpenFailure>(errno, "fstat", location);
-  // Only where the umask has taken some away: not every file system can set them.
-  if ((status.st_mode & 07777) != permissions && fchmod(descriptor_.get(), permissions) == -1)
+  const bool isOfThatGroup =
+      status.st_gid == permissions.group || fchown(descriptor_.get(), static_cast<uid_t>(-1), permissions.group) == 0;
+  const mode_t mode = (permissions.mode & ~groupBits) | groupModeOf(permissions, isOfThatGroup);
+  // Only where that makes a difference: not every file system can set them.
+  if ((status.st_mode & 07777) != mode && fchmod(descriptor_.get(), mode) == -1)
     throw streamFailure<ByteStreamOpenFailure>(errno, "fchmod", location);
 }
 

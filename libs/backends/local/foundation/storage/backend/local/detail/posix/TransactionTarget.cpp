@@ -8,6 +8,7 @@
 #include <climits>
 #include <fcntl.h>
 #include <string>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace foundation::storage::backend::local::detail {
@@ -44,7 +45,9 @@ std::string followLinks(const StorageIRI& location, std::string path) {
     auto next = readLink(location, path);
     if (!next)
       return path;
-    path = withoutTrailingSlashes(next->starts_with('/') ? std::move(*next) : folderOf(path) + *next);
+    if (next->ends_with('/'))
+      throw refusal(provider::ErrorCode::InvalidLocation, location, u"The link says that it leads to a folder");
+    path = next->starts_with('/') ? std::move(*next) : folderOf(path) + *next;
   }
   throw systemFailure(ELOOP, "readlink", location);
 }
@@ -54,6 +57,17 @@ StorageIRI locationBehindLink(const StorageIRI& location, const std::string& pat
   const auto name = target.substr(folderOf(target).size());
   const auto folder = realPath(location, folderOf(target));
   return toLocation(location, folder + (folder == "/" ? "" : "/") + name);
+}
+
+/// The links of proc(5) lead to files, not to names; following their texts may end elsewhere.
+void requireSameFile(const StorageIRI& location, const struct stat& expected, const std::string& path) {
+  const auto found = statusAt(location, path, AT_SYMLINK_NOFOLLOW);
+  if (!found || found->st_dev != expected.st_dev || found->st_ino != expected.st_ino)
+    throw refusal(provider::ErrorCode::InvalidLocation, location, u"The file behind this link has no name there");
+}
+
+bool hasAccessList(const std::string& path) {
+  return getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
 }
 
 }  // namespace
@@ -68,8 +82,11 @@ TransactionTarget findTransactionTarget(const StorageIRI& location) {
   if (status && !S_ISREG(status->st_mode))
     throw refusal(provider::ErrorCode::InvalidLocation, location, u"Only a regular file can be replaced by a file");
   TransactionTarget target{isLink ? locationBehindLink(location, path) : location, std::nullopt};
+  const auto targetPath = nativePath(target.location);
+  if (status && isLink)
+    requireSameFile(location, *status, targetPath);
   if (status)
-    target.permissions = status->st_mode & 0777;
+    target.permissions = Permissions{status->st_mode & 0777, status->st_gid, hasAccessList(targetPath)};
   return target;
 }
 
