@@ -86,9 +86,11 @@ void measure(benchmark::State& state, const Prepare& prepare, const Copy& copy) 
 void copyByHand(const std::string& from, const std::string& to) {
   const int input = open(from.c_str(), O_RDONLY | O_CLOEXEC);
   const int output = open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-  while (copy_file_range(input, nullptr, output, nullptr, 1 << 30, 0) > 0) {
-  }
-  if (close(input) != 0 || close(output) != 0)
+  ssize_t copied = 0;
+  do
+    copied = copy_file_range(input, nullptr, output, nullptr, 1 << 30, 0);
+  while (copied > 0);
+  if (copied == -1 || close(input) != 0 || close(output) != 0)
     throw std::runtime_error("cannot copy " + from);
 }
 

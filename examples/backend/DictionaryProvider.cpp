@@ -1,5 +1,6 @@
 #include "DictionaryProvider.h"
 
+#include <foundation/network/IRIArgs.h>
 #include <foundation/storage/backend/support/EntryList.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/Exception.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 namespace example {
@@ -25,10 +27,22 @@ Exception refusal(ErrorCode code, const StorageIRI& location, std::u16string rea
 // [failures]
 
 // [paths]
-/// The path as the dictionary has it: dots resolved, one '/' before each name, "" for the root.
-std::u16string keyOf(const StorageIRI& location) {
+/// The root of the store that a location is in.
+StorageIRI rootOf(const StorageIRI& location) {
   if (location.isOpaque() || location.getScheme() != u"dictionary")
     throw refusal(ErrorCode::InvalidLocation, location, u"This store serves dictionary://HOST/PATH.");
+  const auto iri = location.toIRI();
+  if (iri.hasQuery() || iri.hasFragment() || iri.hasUserInfo() || iri.hasPort())
+    throw refusal(ErrorCode::InvalidLocation, location, u"A dictionary is named by its host alone.");
+  foundation::network::IRIArgs root;
+  root.setScheme(u"dictionary").setHost(location.getHost()).setPath(u"/");
+  return StorageIRI(foundation::network::IRI(root));
+}
+
+/// The path as the dictionary has it: dots resolved, one '/' before each name, "" for the root.
+std::u16string keyOf(const StorageIRI& root, const StorageIRI& location) {
+  if (rootOf(location) != root)
+    throw refusal(ErrorCode::InvalidLocation, location, u"This is a place in another store.");
   std::u16string key;
   for (const char16_t unit : location.getResolvedPath())
     if (unit != u'/' || !key.ends_with(u'/'))
@@ -64,8 +78,8 @@ class Reader final : public ByteStream {
     if (!content_ || origin < std::ios_base::beg || origin > std::ios_base::end)
       throw ByteStreamSeekFailure("The stream is closed, or the origin unknown", ErrorCode::IOError);
     const std::int64_t bases[] = {0, position_, static_cast<std::int64_t>(content_->size())};
-    if (offset < -bases[origin])
-      throw ByteStreamSeekFailure("The position lies before the beginning", ErrorCode::IOError);
+    if (offset < -bases[origin] || offset > std::numeric_limits<std::int64_t>::max() - bases[origin])
+      throw ByteStreamSeekFailure("The position lies before the beginning, or beyond all sizes", ErrorCode::IOError);
     return position_ = bases[origin] + offset;
   }
   void doClose() override { content_.reset(); }
@@ -106,6 +120,10 @@ class Writer final : public ByteStream {
 // [store]
 /// The dictionary and what may be done to it. Everything is done under the one mutex.
 struct DictionaryProvider::Store {
+  explicit Store(StorageIRI storeRoot) : root(std::move(storeRoot)) {}
+
+  std::u16string keyOf(const StorageIRI& location) const { return example::keyOf(root, location); }
+
   /// Runs `action(entries)`, alone.
   template <class Action>
   auto alone(const Action& action) {
@@ -119,7 +137,7 @@ struct DictionaryProvider::Store {
   }
 
   /// Throws unless something may be put at `location`: in an existing folder, over nothing.
-  static std::u16string requireFree(const Entries& entries, const StorageIRI& location) {
+  std::u16string requireFree(const Entries& entries, const StorageIRI& location) const {
     auto key = keyOf(location);
     if (key.empty() || entries.contains(key))
       throw refusal(ErrorCode::ResourceAlreadyExists, location, u"Something is there.");
@@ -136,7 +154,7 @@ struct DictionaryProvider::Store {
   }
 
   /// Throws unless a file (or, as asked, a folder) is there.
-  static std::u16string require(const Entries& entries, const StorageIRI& location, bool asFolder) {
+  std::u16string require(const Entries& entries, const StorageIRI& location, bool asFolder) const {
     auto key = keyOf(location);
     if (isFolder(entries, key) == asFolder && (asFolder || entries.contains(key)))
       return key;
@@ -152,44 +170,46 @@ struct DictionaryProvider::Store {
     return std::pair(entries.lower_bound(key + u"/"), entries.lower_bound(key + u"0"));
   }
 
+  const StorageIRI root;
+
  private:
   std::mutex mutex_;
   Entries entries_;
 };
 // [store]
 
-DictionaryProvider::DictionaryProvider() : store_(std::make_shared<Store>()) {}
+DictionaryProvider::DictionaryProvider(StorageIRI root) : store_(std::make_shared<Store>(std::move(root))) {}
 DictionaryProvider::~DictionaryProvider() { endChangePolling(); }
 
 // [create]
 void DictionaryProvider::doCreateFile(const StorageIRI& location) const {
   store_->alone([&](Entries& entries) {
-    entries[Store::requireFree(entries, location)] = std::make_shared<const std::string>();
+    entries[store_->requireFree(entries, location)] = std::make_shared<const std::string>();
   });
 }
 
 void DictionaryProvider::doCreateFolder(const StorageIRI& location) const {
-  store_->alone([&](Entries& entries) { entries[Store::requireFree(entries, location)] = std::nullopt; });
+  store_->alone([&](Entries& entries) { entries[store_->requireFree(entries, location)] = std::nullopt; });
 }
 // [create]
 
 bool DictionaryProvider::doFileExists(const StorageIRI& location) const {
-  const auto key = keyOf(location);
+  const auto key = store_->keyOf(location);
   return store_->alone([&](Entries& entries) { return entries.contains(key) && !Store::isFolder(entries, key); });
 }
 
 bool DictionaryProvider::doFolderExists(const StorageIRI& location) const {
-  const auto key = keyOf(location);
+  const auto key = store_->keyOf(location);
   return store_->alone([&](Entries& entries) { return Store::isFolder(entries, key); });
 }
 
 void DictionaryProvider::doRemoveFile(const StorageIRI& location) const {
-  store_->alone([&](Entries& entries) { entries.erase(Store::require(entries, location, false)); });
+  store_->alone([&](Entries& entries) { entries.erase(store_->require(entries, location, false)); });
 }
 
 void DictionaryProvider::doRemoveFolder(const StorageIRI& location) const {
   store_->alone([&](Entries& entries) {
-    const auto key = Store::require(entries, location, true);
+    const auto key = store_->require(entries, location, true);
     const auto [first, last] = Store::below(entries, key);
     if (first != last)
       throw refusal(ErrorCode::FolderNotEmpty, location, u"The folder is not empty.");
@@ -201,30 +221,29 @@ void DictionaryProvider::doRemoveFolder(const StorageIRI& location) const {
 void DictionaryProvider::doMoveFile(const StorageIRI& source, const StorageIRI& destination,
                                     const ReplacementPolicy& policy) const {
   store_->alone([&](Entries& entries) {
-    const auto from = Store::require(entries, source, false);
-    const auto to = keyOf(destination);
+    const auto from = store_->require(entries, source, false);
+    const auto to = store_->keyOf(destination);
     if (!entries.contains(to) || preservesExisting(policy))
-      Store::requireFree(entries, destination);
+      store_->requireFree(entries, destination);
     else
-      Store::require(entries, destination, false);
-    auto content = entries.extract(from);
-    content.key() = to;
-    entries.erase(to);
-    entries.insert(std::move(content));
+      store_->require(entries, destination, false);
+    entries[to] = *entries.at(from);
+    if (from != to)
+      entries.erase(from);
   });
 }
 
 void DictionaryProvider::doMoveFolder(const StorageIRI& source, const StorageIRI& destination,
                                       const ReplacementPolicy& policy) const {
   store_->alone([&](Entries& entries) {
-    const auto from = Store::require(entries, source, true);
-    const auto to = keyOf(destination);
+    const auto from = store_->require(entries, source, true);
+    const auto to = store_->keyOf(destination);
     if (from.empty() || to.starts_with(from + u"/"))
       throw refusal(ErrorCode::InvalidLocation, destination, u"A folder cannot be moved into itself.");
     if (!entries.contains(to) || preservesExisting(policy))
-      Store::requireFree(entries, destination);
+      store_->requireFree(entries, destination);
     else
-      Store::require(entries, destination, true);
+      store_->require(entries, destination, true);
     if (from == to)
       return;
     if (const auto [first, last] = Store::below(entries, to); first != last)
@@ -241,14 +260,14 @@ void DictionaryProvider::doMoveFolder(const StorageIRI& source, const StorageIRI
 
 FileAttributes DictionaryProvider::doGetFileAttributes(const StorageIRI& location) const {
   return store_->alone([&](Entries& entries) {
-    const auto& content = *entries.at(Store::require(entries, location, false));
+    const auto& content = *entries.at(store_->require(entries, location, false));
     return FileAttributes(content->size(), {}, true);
   });
 }
 
 FolderAttributes DictionaryProvider::doGetFolderAttributes(const StorageIRI& location) const {
   return store_->alone([&](Entries& entries) {
-    Store::require(entries, location, true);
+    store_->require(entries, location, true);
     return FolderAttributes({}, true);
   });
 }
@@ -256,7 +275,7 @@ FolderAttributes DictionaryProvider::doGetFolderAttributes(const StorageIRI& loc
 // [streams]
 std::unique_ptr<ByteStream> DictionaryProvider::doOpenReadOnlyStream(const StorageIRI& location) const {
   return store_->alone([&](Entries& entries) {
-    return std::make_unique<Reader>(*entries.at(Store::require(entries, location, false)));
+    return std::make_unique<Reader>(*entries.at(store_->require(entries, location, false)));
   });
 }
 
@@ -266,20 +285,20 @@ std::unique_ptr<ByteStream> DictionaryProvider::doOpenStream(const StorageIRI& l
   if (keeps && options.append == ByteStreamAppend::Overwrite)
     throw refusal(ErrorCode::UnsupportedOperation, location, u"A dictionary's files are written anew or appended to.");
   auto content = store_->alone([&](Entries& entries) {
-    if (!entries.contains(keyOf(location)) && options.create == ByteStreamCreate::Create) {
-      Store::requireFree(entries, location);
+    if (!entries.contains(store_->keyOf(location)) && options.create == ByteStreamCreate::Create) {
+      store_->requireFree(entries, location);
       return std::string();
     }
-    const auto& existing = *entries.at(Store::require(entries, location, false));
+    const auto& existing = *entries.at(store_->require(entries, location, false));
     return keeps ? *existing : std::string();
   });
   return std::make_unique<Writer>(std::move(content), [store = store_, location](std::string written) {
     store->alone([&](Entries& entries) {
-      const auto key = keyOf(location);
+      const auto key = store->keyOf(location);
       if (!entries.contains(key))
-        Store::requireFree(entries, location);
+        store->requireFree(entries, location);
       else
-        Store::require(entries, location, false);
+        store->require(entries, location, false);
       entries[key] = std::make_shared<const std::string>(std::move(written));
     });
   });
@@ -295,7 +314,7 @@ IProvider::Listing list(const std::shared_ptr<Store>& store, const StorageIRI& l
                         bool (*passes)(const FolderEntry& entry)) {
   const auto read = [store, location, passes] {
     return store->alone([&](DictionaryProvider::Entries& entries) {
-      const auto folder = Store::require(entries, location, true);
+      const auto folder = store->require(entries, location, true);
       std::vector<FolderEntry> found;
       const auto [first, last] = Store::below(entries, folder);
       for (auto entry = first; entry != last; ++entry) {
@@ -329,8 +348,19 @@ IProvider::Listing DictionaryProvider::doListFolders(const StorageIRI& location)
 // [listings]
 
 StorageIRI DictionaryProvider::doGetCanonicalLocation(const StorageIRI& location) const {
-  const auto key = keyOf(location);
-  return StorageIRI(location, key.empty() ? u"/" : key);
+  const auto key = store_->keyOf(location);
+  return StorageIRI(store_->root, key.empty() ? u"/" : key);
 }
+
+// [factory]
+DictionaryProviderFactory::DictionaryProviderFactory() = default;
+DictionaryProviderFactory::~DictionaryProviderFactory() = default;
+
+std::shared_ptr<IProvider> DictionaryProviderFactory::doBuildProvider(const StorageIRI& location) const {
+  return std::make_shared<DictionaryProvider>(rootOf(location));
+}
+
+StorageIRI DictionaryProviderFactory::doGetKey(const StorageIRI& location) const { return rootOf(location); }
+// [factory]
 
 }  // namespace example

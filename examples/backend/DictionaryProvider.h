@@ -18,7 +18,8 @@ namespace provider = foundation::storage::provider;
 /// whole when a writing stream is closed, so streams append or write anew, and do not patch.
 class DictionaryProvider final : public provider::IProvider {
  public:
-  DictionaryProvider();
+  /// @param root  of all locations that it serves, `dictionary://HOST/`
+  explicit DictionaryProvider(provider::StorageIRI root);
   ~DictionaryProvider() override;
 
   // [entries]
@@ -58,20 +59,21 @@ class DictionaryProvider final : public provider::IProvider {
   StorageIRI doGetCanonicalLocation(const StorageIRI& location) const override;
 
   struct Store;
-  const std::shared_ptr<Store> store_;
+  const std::shared_ptr<Store> store_;  ///< streams and listings hold it, too
 };
 
 // [factory]
 /// Makes the provider of the scheme `dictionary`: one dictionary for each host, `dictionary://HOST/`, that lives
 /// as long as somebody holds its provider.
 class DictionaryProviderFactory final : public provider::PhysicalProviderFactory {
+ public:
+  DictionaryProviderFactory();
+  ~DictionaryProviderFactory() override;
+
  private:
-  std::shared_ptr<provider::IProvider> doBuildProvider(const provider::StorageIRI&) const override {
-    return std::make_shared<DictionaryProvider>();
-  }
-  provider::StorageIRI doGetKey(const provider::StorageIRI& location) const override {
-    return provider::StorageIRI(location, u"/");
-  }
+  std::shared_ptr<provider::IProvider> doBuildProvider(const provider::StorageIRI& location) const override;
+  /// The root of the dictionary that the location is in.
+  provider::StorageIRI doGetKey(const provider::StorageIRI& location) const override;
 };
 // [factory]
 

@@ -6,6 +6,10 @@
 #include <boost/property_tree/ptree.hpp>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <regex>
+#include <utility>
+
 namespace foundation::storage::provider {
 namespace {
 
@@ -89,6 +93,44 @@ TEST_F(CopyFile, AsksAfterEachBlock) {
   EXPECT_EQ(to_->contentOf(u"/b")->size(), block_);
   const auto log = script_->take();
   EXPECT_EQ(Log(log.end() - 4, log.end()), (Log{"asked", "/b close", "/b gone", "/a gone"}));
+}
+
+/// The scratch file's name is random.
+Log withoutScratchName(const Log& log) {
+  static const std::regex scratch(R"(/\.[0-9a-f-]{36}\.tmp\.bak)");
+  Log named;
+  for (const auto& line : log)
+    named.push_back(std::regex_replace(line, scratch, "/scratch"));
+  return named;
+}
+
+TEST_F(CopyFile, PublishesAnAtomicCopyAtItsEnd) {
+  const auto copyAtomically = [&](std::function<InterruptSignal()> callback) {
+    const auto status =
+        source_.copyFile(destination_, {ReplacementPolicy::Overwrite, TransactionPolicy::Atomic, std::move(callback)});
+    return std::pair(status, withoutScratchName(script_->take()));
+  };
+  const Log first{"fileExists /b", "openReadOnly /a", "/a read 4194304", "open /scratch 1001",
+                  "/scratch write 4194304"};
+  const auto expected = [&](const Log& rest) {
+    auto all = first;
+    all.insert(all.end(), rest.begin(), rest.end());
+    return all;
+  };
+  EXPECT_EQ(
+      copyAtomically(nullptr),
+      std::pair(TransactionStatus::Completed, expected({"/a read 4194304", "/scratch write 3", "/a read 4194304",
+                                                        "/scratch close", "moveOver /b", "/scratch gone", "/a gone"})));
+  EXPECT_EQ(copyAtomically(abortAt(9)),
+            std::pair(TransactionStatus::Completed,
+                      expected({"asked", "/a read 4194304", "/scratch write 3", "asked", "/a read 4194304",
+                                "/scratch close", "moveOver /b", "/scratch gone", "/a gone"})));
+  EXPECT_TRUE(*to_->contentOf(u"/b") == content_);
+  to_->put(u"/b", "old");
+  EXPECT_EQ(copyAtomically(abortAt(1)),
+            std::pair(TransactionStatus::Aborted, expected({"asked", "/scratch close", "/scratch gone", "/a gone"})));
+  EXPECT_EQ(*to_->contentOf(u"/b"), "old");
+  EXPECT_EQ(to_->countFiles(), 1u);
 }
 
 TEST_F(CopyFile, GoesThroughStreamsWithinAStoreWhereTheCallerAsks) {

@@ -9,6 +9,7 @@
 #include <cctype>
 #include <cstring>
 #include <iostream>
+#include <set>
 #include <stdexcept>
 
 namespace foundation::storage::testing {
@@ -47,6 +48,8 @@ constexpr std::array capabilityTexts{
     "names of any bytes",
     "huge files with gaps",
 };
+
+static_assert(capabilityTexts.size() == static_cast<std::size_t>(Capability::HugeFiles) + 1);
 
 bool concerns(const BackEnd& backEnd, const CheckGroup& group, const Check& check) {
   const auto has = [&](Capability capability) { return backEnd.capabilities.contains(capability); };
@@ -94,6 +97,13 @@ void requireKnownDeviations(const BackEnd& backEnd) {
   if (!unknown.empty())
     throw std::invalid_argument("The back end \"" + backEnd.name +
                                 "\" deviates from a check that it is not put to: " + unknown.begin()->first);
+}
+
+void requireDistinctNames(const std::vector<BackEnd>& backEnds) {
+  std::set<std::string> names;
+  for (const auto& backEnd : backEnds)
+    if (!names.insert(backEnd.name).second)
+      throw std::invalid_argument("Two back ends are named \"" + backEnd.name + "\".");
 }
 
 void registerCheck(const std::shared_ptr<const BackEnd>& backEnd, const CheckGroup& group, const Check& check) {
@@ -156,6 +166,7 @@ void writeCapabilities(std::ostream& out, const std::vector<BackEnd>& backEnds) 
 }
 
 int runConformance(int argc, char** argv, const std::vector<BackEnd>& backEnds) {
+  requireDistinctNames(backEnds);
   ::testing::InitGoogleTest(&argc, argv);
   if (argc > 1 && std::strcmp(argv[1], "--capabilities") == 0) {
     writeCapabilities(std::cout, backEnds);

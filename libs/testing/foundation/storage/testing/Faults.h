@@ -53,11 +53,11 @@ class FOUNDATION_EXPORT Faults {
 
   std::size_t countCalls() const;
   std::size_t countCalls(Operation operation) const;
-  /// How many calls were made to fail.
+  /// How many calls were made to fail, those included that a delay ended before.
   std::size_t countFailures() const;
   /// Streams and transactions that exist; 0 where nothing has leaked.
   std::size_t countOpenStreams() const;
-  /// All calls in order, such as "MoveFile memory:///a".
+  /// All calls in order, such as "MoveFile memory:///a"; they are kept until `clear()`.
   std::vector<std::string> calls() const;
 
   // --- For decorators ---

@@ -54,6 +54,8 @@ constexpr std::array names{
     "Shutdown",
 };
 
+static_assert(names.size() == static_cast<std::size_t>(Operation::Shutdown) + 1);
+
 }  // namespace
 
 std::ostream& operator<<(std::ostream& out, Operation operation) {

@@ -13,17 +13,24 @@ namespace foundation::storage::testing {
 template <class Action>
 void together(std::size_t count, const Action& action) {
   std::latch start(static_cast<std::ptrdiff_t>(count));
-  std::vector<std::exception_ptr> failures(count);
+  std::vector<std::exception_ptr> failures(count + 1);
   std::vector<std::thread> threads;
-  for (std::size_t number = 0; number < count; ++number)
-    threads.emplace_back([&start, &action, &failures, number] {
-      start.arrive_and_wait();
-      try {
-        action(number);
-      } catch (...) {
-        failures[number] = std::current_exception();
-      }
-    });
+  threads.reserve(count);
+  const auto run = [&start, &action, &failures](std::size_t number) {
+    start.arrive_and_wait();
+    try {
+      action(number);
+    } catch (...) {
+      failures[number] = std::current_exception();
+    }
+  };
+  try {
+    while (threads.size() < count)
+      threads.emplace_back(run, threads.size());
+  } catch (...) {  // those that could not be started are not to be waited for
+    failures[count] = std::current_exception();
+    start.count_down(static_cast<std::ptrdiff_t>(count - threads.size()));
+  }
   for (auto& thread : threads)
     thread.join();
   for (const auto& failure : failures)

@@ -39,7 +39,7 @@ CheckGroup locationChecks() {
                  EXPECT_EQ(s.content(u"a/../b"), "2");
                  EXPECT_EQ(s.content(u"./a/./x"), "1");
                }},
-              {"TheComparatorGoesByTheCaseOfNames",
+              {"TheComparatorGoesByItsModifier",
                [](Store& s) {
                  const auto same = s.folder().getPathComparator();
                  EXPECT_TRUE(same(u"name", u"name", CaseModifier::None));
@@ -59,7 +59,7 @@ CheckGroup locationChecks() {
                  const auto item = foreign(s);
                  EXPECT_TRUE(refuses(ErrorCode::InvalidLocation, item, [&] { item.exists(); }));
                  EXPECT_TRUE(refuses(ErrorCode::InvalidLocation, item, [&] { item.getFileAttributes(); }));
-                 EXPECT_TRUE(refuses(ErrorCode::InvalidLocation, item, [&] { item.openReadOnlyStream(); }));
+                 EXPECT_TRUE(refusesStream(ErrorCode::InvalidLocation, item, [&] { item.openReadOnlyStream(); }));
                  EXPECT_TRUE(refuses(ErrorCode::InvalidLocation, item, [&] { item.listAll({})->hasNext(); }));
                }},
               {"OfAnotherSchemeIsRefusedForWriting",

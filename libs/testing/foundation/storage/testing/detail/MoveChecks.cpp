@@ -128,6 +128,20 @@ CheckGroup moveChecks() {
                    EXPECT_TRUE(refuses(ErrorCode::InvalidLocation, s.item(below), [&] { moveFolder(s, u"a", below); }));
                  EXPECT_EQ(s.content(u"a/b/x"), "1");
                }},
+              {"AFolderIntoItselfByAnotherTextIsRefused",
+               [](Store& s) {
+                 s.fill({{u"a/x", "1"}, {u"b/", ""}});
+                 for (const auto* below : {u"b/../a/c", u"./a/c"})
+                   EXPECT_ANY_THROW(moveFolder(s, u"a", below));
+                 EXPECT_EQ(s.content(u"a/x"), "1");
+                 EXPECT_EQ(s.names(u"a"), Names{u"x"});
+               }},
+              {"AFileOntoItselfByAnotherTextChangesNothing",
+               [](Store& s) {
+                 s.fill({{u"a", "content"}, {u"b/", ""}});
+                 moveFile(s, u"a", u"b/../a");
+                 EXPECT_EQ(s.content(u"a"), "content");
+               }},
               {"AFolderOverAnEmptyOne",
                [](Store& s) {
                  for (const auto policy : overwriting) {

@@ -14,7 +14,7 @@ namespace {
 void expectRefused(Store& s, const char16_t* path, void (*change)(const StorageItem& item, const StorageItem& other)) {
   s.fill({{u"a", "1"}, {u"b/", ""}});
   const auto item = s.item(path);
-  EXPECT_TRUE(refuses(ErrorCode::ReadOnlyProvider, item, [&] { change(item, s.item(u"new")); }));
+  EXPECT_TRUE(refusesStream(ErrorCode::ReadOnlyProvider, item, [&] { change(item, s.item(u"new")); }));
   EXPECT_EQ(s.content(u"a"), "1");
   EXPECT_EQ(s.names(), (Names{u"a", u"b"}));
 }

@@ -63,7 +63,7 @@ CheckGroup refusalChecks() {
           {"OfAppending",
            [](Store& s) {
              s.fill({{u"a", "1"}});
-             EXPECT_TRUE(refuses(unsupported, s.item(u"a"), [&] { s.item(u"a").openStream(appending); }));
+             EXPECT_TRUE(refusesStream(unsupported, s.item(u"a"), [&] { s.item(u"a").openStream(appending); }));
              EXPECT_EQ(s.content(u"a"), "1");
            },
            {Capability::Write},
@@ -71,7 +71,7 @@ CheckGroup refusalChecks() {
           {"OfKeepingContent",
            [](Store& s) {
              s.fill({{u"a", "1"}});
-             EXPECT_TRUE(refuses(unsupported, s.item(u"a"), [&] { s.item(u"a").openStream(patching); }));
+             EXPECT_TRUE(refusesStream(unsupported, s.item(u"a"), [&] { s.item(u"a").openStream(patching); }));
              EXPECT_EQ(s.content(u"a"), "1");
            },
            {Capability::Write},

@@ -2,6 +2,9 @@
 
 #include <foundation/storage/provider/ByteStream.h>
 
+#include <limits>
+#include <utility>
+
 namespace foundation::storage::testing::detail {
 namespace {
 
@@ -14,11 +17,17 @@ std::unique_ptr<provider::ByteStream> openAlphabet(Store& s) {
   return s.item(u"a").openReadOnlyStream();
 }
 
+/// That many bytes, unless the end comes first; a stream may give them one by one.
 std::string readSome(provider::ByteStream& stream, std::size_t count) {
   std::string bytes(count, '\0');
-  const auto got = stream.read(bytes.data(), static_cast<std::int64_t>(count));
-  bytes.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
-  return bytes;
+  std::size_t done = 0;
+  while (done < count) {
+    const auto got = stream.read(bytes.data() + done, static_cast<std::int64_t>(count - done));
+    if (got <= 0)
+      break;
+    done += static_cast<std::size_t>(got);
+  }
+  return bytes.substr(0, done);
 }
 
 }  // namespace
@@ -72,6 +81,18 @@ CheckGroup seekChecks() {
                  EXPECT_TRUE(failsAsStream([&] { stream->seek(-1, fromBegin); }));
                  EXPECT_TRUE(failsAsStream([&] { stream->seek(-5, fromHere); }));
                  EXPECT_TRUE(failsAsStream([&] { stream->seek(-11, fromEnd); }));
+                 EXPECT_EQ(readSome(*stream, 1), "e");
+               }},
+              {"BeyondAllPositionsFailsAndMovesNothing",
+               [](Store& s) {
+                 const auto stream = openAlphabet(s);
+                 readSome(*stream, 4);
+                 constexpr auto most = std::numeric_limits<std::int64_t>::max();
+                 constexpr auto least = std::numeric_limits<std::int64_t>::min();
+                 for (const auto& [offset, origin] :
+                      {std::pair(most, fromHere), std::pair(most, fromEnd), std::pair(least, fromBegin),
+                       std::pair(least, fromHere), std::pair(least, fromEnd)})
+                   EXPECT_TRUE(failsAsStream([&] { stream->seek(offset, origin); })) << offset << " from " << origin;
                  EXPECT_EQ(readSome(*stream, 1), "e");
                }},
               {"GoesOnAfterTheEndWasSeen",

@@ -40,16 +40,16 @@ CheckGroup spaceChecks() {
               {"WithoutItWritingFails",
                [](Store& s) {
                  s.limit(1000);
-                 EXPECT_TRUE(
-                     refuses(ErrorCode::NoSpaceLeft, s.item(u"a"), [&] { put(s.item(u"a"), std::string(1001, 'x')); }));
+                 EXPECT_TRUE(refusesStream(ErrorCode::NoSpaceLeft, s.item(u"a"),
+                                           [&] { put(s.item(u"a"), std::string(1001, 'x')); }));
                },
                limited},
               {"WithoutItOtherFilesStay",
                [](Store& s) {
                  s.limit(1000);
                  put(s.item(u"a"), std::string(900, 'a'));
-                 EXPECT_TRUE(
-                     refuses(ErrorCode::NoSpaceLeft, s.item(u"b"), [&] { put(s.item(u"b"), std::string(200, 'b')); }));
+                 EXPECT_TRUE(refusesStream(ErrorCode::NoSpaceLeft, s.item(u"b"),
+                                           [&] { put(s.item(u"b"), std::string(200, 'b')); }));
                  EXPECT_EQ(s.content(u"a"), std::string(900, 'a'));
                },
                limited},
@@ -69,7 +69,7 @@ CheckGroup spaceChecks() {
                [](Store& s) {
                  s.limit(1000);
                  put(s.item(u"a"), std::string(600, 'a'));
-                 EXPECT_TRUE(refuses(ErrorCode::NoSpaceLeft, s.item(u"a"), [&] {
+                 EXPECT_TRUE(refusesStream(ErrorCode::NoSpaceLeft, s.item(u"a"), [&] {
                    const auto stream = s.item(u"a").openTransactionalStream(replacing);
                    writeAll(*stream, std::string(600, 'b'));
                    stream->close(StreamClosePolicy::Commit);
@@ -83,7 +83,7 @@ CheckGroup spaceChecks() {
                  s.limit(1000);
                  put(s.item(u"a"), std::string(400, 'a'));
                  put(s.item(u"b"), std::string(500, 'b'));
-                 EXPECT_TRUE(refuses(ErrorCode::NoSpaceLeft, s.item(u"b"), [&] {
+                 EXPECT_TRUE(refusesStream(ErrorCode::NoSpaceLeft, s.item(u"b"), [&] {
                    s.item(u"a").copyFile(s.item(u"b"), {ReplacementPolicy::Overwrite, TransactionPolicy::Atomic, {}});
                  }));
                  EXPECT_EQ(s.content(u"b"), std::string(500, 'b'));
@@ -94,7 +94,8 @@ CheckGroup spaceChecks() {
                [](Store& s) {
                  s.limit(1000);
                  put(s.item(u"a"), "abc");
-                 EXPECT_TRUE(refuses(ErrorCode::NoSpaceLeft, s.item(u"a"), [&] { s.item(u"a").truncateToSize(2000); }));
+                 EXPECT_TRUE(
+                     refusesStream(ErrorCode::NoSpaceLeft, s.item(u"a"), [&] { s.item(u"a").truncateToSize(2000); }));
                  EXPECT_TRUE(s.content(u"a").starts_with("abc"));
                },
                limited},

@@ -89,23 +89,40 @@ std::string sample(std::size_t size) {
   return bytes;
 }
 
+namespace {
+
+::testing::AssertionResult compare(ErrorCode expected, ErrorCode found, const char* text) {
+  return found == expected ? ::testing::AssertionSuccess()
+                           : ::testing::AssertionFailure() << "expected " << expected << ", but got: " << text;
+}
+
+}  // namespace
+
 ::testing::AssertionResult refuses(ErrorCode code, const StorageItem& at, const std::function<void()>& action) {
-  const auto compare = [&](ErrorCode found, const char* text) {
-    return found == code ? ::testing::AssertionSuccess()
-                         : ::testing::AssertionFailure() << "expected " << code << ", but got: " << text;
-  };
   try {
     action();
   } catch (const provider::Exception& failure) {
     if (failure.getStorageIRI() != at.getLocation())
       return ::testing::AssertionFailure() << "expected " << at.getLocation() << " to be at fault: " << failure.what();
-    return compare(failure.getErrorCode(), failure.what());
-  } catch (const provider::ByteStreamFailure& failure) {
-    return compare(failure.getErrorCode(), failure.what());
+    return compare(code, failure.getErrorCode(), failure.what());
   } catch (const std::exception& failure) {
-    return ::testing::AssertionFailure() << "expected " << code << ", but got: " << failure.what();
+    return ::testing::AssertionFailure() << "expected an Exception with " << code << ", but got: " << failure.what();
   }
   return ::testing::AssertionFailure() << "expected " << code << ", but nothing was thrown";
+}
+
+::testing::AssertionResult refusesStream(ErrorCode code, const StorageItem& at, const std::function<void()>& action) {
+  auto result = ::testing::AssertionSuccess();
+  const auto plain = refuses(code, at, [&] {
+    try {
+      action();
+    } catch (const provider::ByteStreamFailure& failure) {
+      result = failure.topExceptionContext() ? compare(code, failure.getErrorCode(), failure.what())
+                                             : ::testing::AssertionFailure() << "no context: " << failure.what();
+      throw provider::Exception(code, at.getLocation());  // judged already
+    }
+  });
+  return result ? plain : result;
 }
 
 ::testing::AssertionResult failsAsStream(const std::function<void()>& action) {

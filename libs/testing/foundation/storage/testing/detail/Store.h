@@ -89,8 +89,10 @@ Names namesIn(provider::IProvider::Listing listing);
 /// Bytes in which every position can be told from its neighbours.
 std::string sample(std::size_t size);
 
-/// Whether `action` fails with that code: by an `Exception` at the location of `at`, or by a stream's failure.
+/// Whether `action` fails with that code, by an `Exception` with the location of `at`.
 ::testing::AssertionResult refuses(ErrorCode code, const StorageItem& at, const std::function<void()>& action);
+/// The same for what works through streams: by such an `Exception`, or by a stream's failure with a context.
+::testing::AssertionResult refusesStream(ErrorCode code, const StorageItem& at, const std::function<void()>& action);
 
 /// Whether `action` fails with a failure of a stream.
 ::testing::AssertionResult failsAsStream(const std::function<void()>& action);

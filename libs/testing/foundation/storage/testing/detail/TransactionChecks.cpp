@@ -1,5 +1,7 @@
 #include <foundation/storage/testing/detail/Check.h>
 
+#include <foundation/storage/provider/ByteStream.h>
+#include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/TransactionalStream.h>
 #include <foundation/storage/testing/Together.h>
 
@@ -43,6 +45,32 @@ CheckGroup transactionChecks() {
                  openWith(s.item(u"a"), "")->close(StreamClosePolicy::Commit);
                  EXPECT_EQ(s.content(u"a"), "");
                }},
+              {"BeginsEmpty",
+               [](Store& s) {
+                 s.fill({{u"a", "old content"}});
+                 const auto stream = s.item(u"a").openTransactionalStream(patching);
+                 writeAll(*stream, "n");
+                 stream->close(StreamClosePolicy::Commit);
+                 EXPECT_EQ(s.content(u"a"), "n") << "whatever the options say of existing content";
+               },
+               {Capability::RandomAccess}},
+              {"AReaderKeepsToOneContent",
+               [](Store& s) {
+                 const std::string before(200'000, 'o');
+                 s.fill({{u"a", before}});
+                 const auto reader = s.item(u"a").openReadOnlyStream();
+                 char first = 0;
+                 EXPECT_EQ(reader->read(&first, 1), 1);
+                 openWith(s.item(u"a"), std::string(100'000, 'n'))->close(StreamClosePolicy::Commit);
+                 std::string rest;
+                 try {
+                   rest = readAll(*reader);
+                 } catch (const provider::ByteStreamFailure&) {
+                   return;  // nothing is better than a mixture
+                 }
+                 EXPECT_TRUE(first + rest == before);
+               },
+               {Capability::AtomicReplacement}},
               {"ShowsNothingBeforeTheCommit",
                [](Store& s) {
                  s.fill({{u"a", "old"}});

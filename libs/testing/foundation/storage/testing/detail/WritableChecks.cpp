@@ -1,6 +1,7 @@
 #include <foundation/storage/testing/detail/Check.h>
 
 #include <foundation/storage/provider/ByteStream.h>
+#include <foundation/storage/provider/TransactionalStream.h>
 
 namespace foundation::storage::testing::detail {
 
@@ -23,7 +24,7 @@ CheckGroup writableChecks() {
            [](Store& s) {
              s.fill({{u"a", "x"}});
              s.item(u"a").setWritable(false);
-             EXPECT_TRUE(refuses(ErrorCode::PermissionDenied, s.item(u"a"), [&] { put(s.item(u"a"), "y"); }));
+             EXPECT_TRUE(refusesStream(ErrorCode::PermissionDenied, s.item(u"a"), [&] { put(s.item(u"a"), "y"); }));
              EXPECT_EQ(s.content(u"a"), "x");
              s.item(u"a").setWritable(true);
            }},
@@ -31,7 +32,8 @@ CheckGroup writableChecks() {
            [](Store& s) {
              s.fill({{u"a", "xyz"}});
              s.item(u"a").setWritable(false);
-             EXPECT_TRUE(refuses(ErrorCode::PermissionDenied, s.item(u"a"), [&] { s.item(u"a").truncateToSize(1); }));
+             EXPECT_TRUE(
+                 refusesStream(ErrorCode::PermissionDenied, s.item(u"a"), [&] { s.item(u"a").truncateToSize(1); }));
              EXPECT_EQ(s.content(u"a"), "xyz");
              s.item(u"a").setWritable(true);
            }},

@@ -22,7 +22,7 @@ namespace foundation::storage::backend::support {
 class FOUNDATION_EXPORT Wildcard {
  public:
   /// @param pattern  of a name, not of a path
-  /// @param rule     `InSensitive` compares after lower-casing, as the default path comparator does
+  /// @param rule     `InSensitive` compares after lower-casing both, ranges too, as the default path comparator does
   explicit Wildcard(std::u16string_view pattern, provider::CaseModifier rule = provider::CaseModifier::Sensitive);
 
   /// Whether the last name of `path` matches as a whole. Takes time in proportion to the product of both
