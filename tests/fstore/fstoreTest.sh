@@ -108,6 +108,10 @@ cp -n -- a
 mv a
 rm -r
 mkdir -p --
+watch
+watch a b
+watch --poll 0 a
+watch --poll a
 TABLE
 run --help
 same "0 " "$code $err" "--help"
@@ -573,6 +577,61 @@ fails "$here/missing: ResourceNotFound: There is no such folder" mv file missing
 holds file content
 mkdir folder
 ok mv folder missing/
+
+# --- watching ---------------------------------------------------------------------------------------
+
+eventually() { # eventually COMMAND...: waits until it succeeds, for 20 s at most
+  local end=$((SECONDS + 20))
+  until "$@"; do
+    ((SECONDS < end)) || return 1
+    sleep 0.02
+  done
+}
+sees() { # sees LINE: waits until the watch prints it
+  ((checks++))
+  eventually grep -Fqx -- "$1" "$work/out" || complain "watch has not printed <$1>"
+}
+sees_sentinel() { # the watch has begun when it tells of one of many new files
+  : >"folder/sentinel$((++sentinels))"
+  grep -q sentinel "$work/out"
+}
+watching() { # watching ARGUMENT...: begins a watch of the folder
+  sentinels=0
+  : >"$work/out"
+  "$fstore" watch "$@" >"$work/out" 2>"$work/err" &
+  watcher=$!
+  eventually sees_sentinel || complain "watch $* does not begin: $(<"$work/err")"
+}
+ends_with() { # ends_with CODE ERROR
+  wait "$watcher"
+  same "$1 $2" "$? $(<"$work/err")" "the end of the watch"
+}
+for options in '' '--poll 5'; do
+  fresh
+  mkdir folder
+  # shellcheck disable=SC2086 # they are several words
+  watching $options folder
+  echo >'folder/a b%'
+  sees "added file $here/folder/a%20b%25"
+  touch -d 2001-01-01 'folder/a b%'
+  sees "modified file $here/folder/a%20b%25"
+  mv 'folder/a b%' folder/c
+  sees "removed file $here/folder/a%20b%25"
+  sees "added file $here/folder/c"
+  mkdir folder/sub
+  sees "added folder $here/folder/sub"
+  sees "folder-modified folder $here/folder"
+  kill -TERM "$watcher"
+  ends_with 0 ""
+done
+fresh
+mkdir folder
+watching --json --poll=5 folder
+: >folder/file
+sees "{\"event\":\"added\",\"type\":\"file\",\"location\":\"$here/folder/file\",\"watched\":\"$here/folder\"}"
+rm -r folder
+ends_with 1 "fstore watch: $here/folder: ResourceNotFound: The watched folder is gone"
+fails "$here/missing: ResourceNotFound: No such file or directory" watch --poll 5 missing
 
 # --- deep trees -------------------------------------------------------------------------------------
 

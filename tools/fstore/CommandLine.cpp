@@ -89,14 +89,22 @@ int parse(const std::string& program, CLI::App& app, Arguments options, const st
   return proceed();
 }
 
+bool takesValue(const CLI::App& app, const std::string& argument) {
+  const auto* option = app.get_option_no_throw(argument);
+  return option != nullptr && option->get_items_expected_max() > 0;
+}
+
 /// Options and locations, told apart here and not by the parser, which would take "[x]" for a list and
-/// "{}" for nothing at all. It is easily done: no option has a value.
-std::pair<Arguments, Arguments> separate(const Arguments& arguments) {
+/// "{}" for nothing at all. A value that an option takes stands in an argument of its own, or behind '='.
+std::pair<Arguments, Arguments> separate(const CLI::App& app, const Arguments& arguments) {
   std::pair<Arguments, Arguments> separated;
   auto& [options, locations] = separated;
   bool onlyLocationsFollow = false;
+  bool valueFollows = false;
   for (const auto& argument : arguments) {
-    if (onlyLocationsFollow || argument.size() < 2 || argument.front() != '-')
+    if (std::exchange(valueFollows, !onlyLocationsFollow && !valueFollows && takesValue(app, argument)))
+      options.push_back(argument);
+    else if (onlyLocationsFollow || argument.size() < 2 || argument.front() != '-')
       locations.push_back(argument);
     else if (argument == "--")
       onlyLocationsFollow = true;
@@ -111,7 +119,7 @@ int runCommand(const Command& command, const Arguments& arguments) {
   CLI::App app(command.summary);
   app.formatter(std::make_shared<HelpText>(command.name + " " + command.usage));
   const auto action = command.declare(app);
-  const auto [options, locations] = separate(arguments);
+  const auto [options, locations] = separate(app, arguments);
   return parse(program, app, options, [&, &locations = locations] {
     if (locations.size() < command.least)
       return refuse(program, app, "A location is missing");
@@ -139,7 +147,7 @@ int run(const std::vector<std::string>& arguments) {
       "\"fstore OPERATION --help\" tells more. Exit codes: 0 done, 1 something failed, 2 wrong usage.");
   for (const auto& command : all)
     app.add_subcommand(command.name, command.summary)->group("Operations");
-  const auto [options, locations] = separate(arguments);
+  const auto [options, locations] = separate(app, arguments);
   return parse("fstore", app, options, [&, &locations = locations] {
     return refuse("fstore", app,
                   locations.empty() ? "An operation is missing" : "There is no operation '" + locations.front() + "'");

@@ -5,8 +5,11 @@
 #include <fstore/MakeFolder.h>
 #include <fstore/Removal.h>
 #include <fstore/Status.h>
+#include <fstore/Watch.h>
 
+#include <chrono>
 #include <limits>
+#include <optional>
 
 namespace fstore {
 namespace {
@@ -76,6 +79,22 @@ Action declareMakeFolder(CLI::App& app) {
   };
 }
 
+Action declareWatch(CLI::App& app) {
+  const auto* recursive = addFlag(app, "-r,-R,--recursive", "The whole subtree");
+  const auto* json = addFlag(app, "--json", "One JSON object a line");
+  auto* poll = app.add_option("--poll")->description("Look every so many milliseconds, even if the store tells itself");
+  poll->check(CLI::Range(1, 86'400'000))->option_text("MS");
+  return [=](const Session& session, const Locations& locations) {
+    std::optional<std::chrono::milliseconds> period;
+    if (poll->count() > 0)
+      period = std::chrono::milliseconds(poll->as<int>());
+    watch(session, locations.front(),
+          {.isRecursive = recursive->count() > 0,
+           .period = period,
+           .format = json->count() > 0 ? EventFormat::Json : EventFormat::Text});
+  };
+}
+
 }  // namespace
 
 std::span<const Command> commands() {
@@ -88,6 +107,7 @@ std::span<const Command> commands() {
       {"mv", "[-n] SOURCE... DESTINATION", "Move or rename files and folders", 2, anyNumber, declareMove},
       {"rm", "[-r] LOCATION...", "Remove files, links and folders", 1, anyNumber, declareRemove},
       {"mkdir", "[-p] LOCATION...", "Create folders", 1, anyNumber, declareMakeFolder},
+      {"watch", "[-r] [--poll MS] [--json] LOCATION", "Print changes until interrupted", 1, 1, declareWatch},
   };
   return all;
 }

@@ -22,7 +22,7 @@ struct Command {
   std::string summary;
   std::size_t least;  ///< how few locations it takes
   std::size_t most;
-  /// Adds the operation's options, all of them flags, to a parser. The action is to be called after
+  /// Adds the operation's options to a parser. The action is to be called after
   /// parsing, while the parser lives.
   std::function<Action(CLI::App&)> declare;
 };

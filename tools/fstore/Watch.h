@@ -1,0 +1,26 @@
+#pragma once
+
+#include <fstore/Session.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace fstore {
+
+enum class EventFormat { Text, Json };
+
+struct WatchOptions {
+  bool isRecursive = false;
+  /// How often to look; none: the store's own events, and where it has none, every second.
+  std::optional<std::chrono::milliseconds> period;
+  EventFormat format = EventFormat::Text;
+};
+
+/// Prints a line for each change in a folder, or of a file, until the program is interrupted (SIGINT or
+/// SIGTERM). That what is watched goes away ends it, too, and is reported.
+///
+/// Blocks these signals in the calling thread, and so in the threads that watch, which have to begin after it.
+void watch(const Session& session, const std::string& argument, const WatchOptions& options);
+
+}  // namespace fstore
