@@ -89,10 +89,11 @@ CheckGroup seekChecks() {
                  readSome(*stream, 4);
                  constexpr auto most = std::numeric_limits<std::int64_t>::max();
                  constexpr auto least = std::numeric_limits<std::int64_t>::min();
-                 for (const auto& [offset, origin] :
-                      {std::pair(most, fromHere), std::pair(most, fromEnd), std::pair(least, fromBegin),
-                       std::pair(least, fromHere), std::pair(least, fromEnd)})
-                   EXPECT_TRUE(failsAsStream([&] { stream->seek(offset, origin); })) << offset << " from " << origin;
+                 const std::pair<std::int64_t, int> seeks[] = {
+                     {most, fromHere}, {most, fromEnd}, {least, fromBegin}, {least, fromHere}, {least, fromEnd}};
+                 for (const auto& seek : seeks)
+                   EXPECT_TRUE(failsAsStream([&] { stream->seek(seek.first, seek.second); }))
+                       << seek.first << " from " << seek.second;
                  EXPECT_EQ(readSome(*stream, 1), "e");
                }},
               {"GoesOnAfterTheEndWasSeen",
