@@ -18,4 +18,5 @@ function(foundation_library target)
     SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
     VERIFY_INTERFACE_HEADER_SETS ON)
   foundation_warnings(${target})
+  install(TARGETS ${target} FILE_SET HEADERS)
 endfunction()
