@@ -76,7 +76,11 @@ bool isHidden(const std::string& path) { return isHiddenName(path.substr(path.rf
 }  // namespace
 
 LocalProvider::LocalProvider() = default;
-LocalProvider::~LocalProvider() { endChangePolling(); }
+
+LocalProvider::~LocalProvider() {
+  endChangePolling();
+  changes_.end();  // callbacks may still use this object
+}
 
 void LocalProvider::doCreateFile(const StorageIRI& location) const {
   const auto path = nativePath(location);
@@ -235,5 +239,18 @@ std::u16string LocalProvider::doGetFileIdentity(const StorageIRI& location) cons
   const auto status = requireStatus(location, nativePath(location));
   return fl::i18n::to_ustring("local:" + std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino));
 }
+
+void LocalProvider::doPublishFolderEventsFor(const StorageIRI& location, const provider::ChangeCallback& callback,
+                                             const std::vector<events::Kind>& kinds,
+                                             provider::RecursiveFileWatching recursion) const {
+  changes_.watchFolder(location, callback, kinds, recursion);
+}
+
+void LocalProvider::doPublishFileEventsFor(const StorageIRI& location, const provider::ChangeCallback& callback,
+                                           const std::vector<events::Kind>& kinds) const {
+  changes_.watchFile(location, callback, kinds);
+}
+
+void LocalProvider::doStopPublishingEventsFor(const StorageIRI& location) const { changes_.stop(location); }
 
 }  // namespace foundation::storage::backend::local::detail

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <foundation/storage/backend/local/detail/posix/ChangeWatcher.h>
 #include <foundation/storage/provider/IProvider.h>
 #include <foundation/storage/provider/extensions/IFileIdentity.h>
 
 namespace foundation::storage::backend::local::detail {
 
-/// The local file system; `LocalProviderFactory` says how it behaves. It has no state, so any number of
-/// threads may use it.
+/// The local file system; `LocalProviderFactory` says how it behaves. It has no state but its
+/// subscriptions to change events, so any number of threads may use it.
 class LocalProvider final : public provider::IProvider, public provider::extensions::IFileIdentity {
  public:
   LocalProvider();
@@ -53,6 +54,14 @@ class LocalProvider final : public provider::IProvider, public provider::extensi
   provider::ExistenceType doExists(const StorageIRI& location) const override;
   provider::ExistenceTypeExtended doExistsExtended(const StorageIRI& location) const override;
   std::u16string doGetFileIdentity(const StorageIRI& location) const override;
+  void doPublishFolderEventsFor(const StorageIRI& location, const provider::ChangeCallback& callback,
+                                const std::vector<events::Kind>& kinds,
+                                provider::RecursiveFileWatching recursion) const override;
+  void doPublishFileEventsFor(const StorageIRI& location, const provider::ChangeCallback& callback,
+                              const std::vector<events::Kind>& kinds) const override;
+  void doStopPublishingEventsFor(const StorageIRI& location) const override;
+
+  mutable ChangeWatcher changes_;
 };
 
 }  // namespace foundation::storage::backend::local::detail

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 
 namespace foundation::storage::backend::local::detail {
 namespace {
@@ -27,8 +28,10 @@ bool isDots(std::string_view name) { return name == "." || name == ".."; }
 
 }  // namespace
 
-FolderReader::FolderReader(const provider::StorageIRI& location)
-    : location_(location), folder_(openFolder(location)), buffer_(new char[bufferSize]) {}
+FolderReader::FolderReader(const provider::StorageIRI& location) : FolderReader(openFolder(location), location) {}
+
+FolderReader::FolderReader(Descriptor folder, const provider::StorageIRI& location)
+    : location_(location), folder_(std::move(folder)), buffer_(new char[bufferSize]) {}
 
 const RawEntry* FolderReader::read() {
   while (at_ < end_ || fill()) {

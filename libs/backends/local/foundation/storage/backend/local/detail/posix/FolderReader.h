@@ -21,6 +21,10 @@ class FolderReader {
   /// Throws `Exception` where `location` cannot be opened as a folder.
   explicit FolderReader(const provider::StorageIRI& location);
 
+  /// Reads a folder that is open already.
+  /// @param location  what failures are to name
+  FolderReader(Descriptor folder, const provider::StorageIRI& location);
+
   /// The next entry, or null at the end. Throws `Exception`.
   const RawEntry* read();
 
