@@ -4,8 +4,9 @@
 
 #include <boost/property_tree/ptree.hpp>
 
+#include <algorithm>
 #include <condition_variable>
-#include <map>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -75,8 +76,9 @@ class ChangeRecorder {
   std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-/// The entries of a folder, by paths relative to it: 'f' or 'd'.
-using Tree = std::map<std::string, char>;
+/// The entries of a folder, by paths relative to it. Without their types: an entry that another one with the same
+/// last-modified time has replaced is no change.
+using Tree = std::set<std::string>;
 
 /// Replays events.
 inline void replay(const std::vector<std::string>& events, Tree& tree) {
@@ -89,14 +91,14 @@ inline void replay(const std::vector<std::string>& events, Tree& tree) {
     if (event[0] == '-')
       tree.erase(name);
     else
-      tree[name] = event[1];
+      tree.insert(name);
   }
 }
 
 inline Tree treeOnDisk(const std::string& path) {
   Tree tree;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(path))
-    tree[entry.path().lexically_relative(path).string()] = entry.is_directory() ? 'd' : 'f';
+    tree.insert(entry.path().lexically_relative(path).string());
   return tree;
 }
 

@@ -4,7 +4,7 @@
 
 #include <atomic>
 #include <latch>
-#include <optional>
+#include <map>
 #include <random>
 #include <thread>
 

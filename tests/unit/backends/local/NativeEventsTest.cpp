@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <sched.h>
+#include <semaphore>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
@@ -22,6 +23,25 @@ using Events = std::vector<std::string>;
 constexpr auto directOnly = RecursiveFileWatching::DirectOnly;
 constexpr auto recursive = RecursiveFileWatching::Recursive;
 const std::vector<Kind> comingAndGoing{Kind::EntryAdded, Kind::EntryRemoved};
+
+/// Runs `body` in a process of its own.
+/// @return its exit code
+template <class Body>
+int inChild(const Body& body) {
+  const auto child = fork();
+  if (child == 0) {
+    int code = 100;
+    try {
+      code = body();
+    } catch (const std::exception& failure) {
+      std::fprintf(stderr, "%s\n", failure.what());
+    }
+    _exit(code);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
 
 TEST_F(NativeEventsTest, TellEachChange) {
   const auto at = [this](const char* name) { return native(std::string("watched/") + name); };
@@ -196,6 +216,50 @@ TEST_F(NativeEventsTest, ComeToEachSubscriptionUntilItIsStopped) {
   EXPECT_NO_THROW(StorageItem(folder, u"unknown").stopPublishingFolderEvents());
 }
 
+TEST_F(NativeEventsTest, FindAgainWhatWasAwayWhileItWasLookedFor) {
+  fs::create_directory(native("watched/d"));
+  make("watched/d/in");
+  const ChangeRecorder recorder;
+  std::binary_semaphore called(0), mayGoOn(0);
+  const auto stopTwice = [&, calls = 0]() mutable {
+    if (++calls > 2)
+      return;
+    called.release();
+    mayGoOn.acquire();
+  };
+  watched.publishFolderEvents(recorder.callback(watched.getLocation(), stopTwice), comingAndGoing, recursive);
+  make("watched/first");
+  called.acquire();
+  fs::permissions(native("watched/d/in"), fs::perms::owner_read);
+  fs::rename(native("watched/d"), native("d"));
+  mayGoOn.release();
+  called.acquire();
+  fs::rename(native("d"), native("watched/d"));
+  mayGoOn.release();
+  EXPECT_EQ(eventsOf(recorder), (Events{"+f first", "-f d/in", "+f d/in"}));
+}
+
+TEST_F(NativeEventsTest, MakeUpForWhatCouldNotBeRead) {
+  if (geteuid() != 0)
+    GTEST_SKIP() << "only root can change permissions for others";
+  fs::create_directory(native("watched/d"));
+  fs::permissions(native("zfence"), fs::perms::all);
+  const ChangeRecorder recorder;
+  const WithoutPrivileges user;
+  watch(recorder, watched, recursive, comingAndGoing);
+  const auto changeMode = [&](mode_t mode) {
+    return inChild([&] { return seteuid(0) != 0 || chmod(native("watched/d").c_str(), mode) != 0 ? 1 : 0; });
+  };
+  const auto makeFile = [&] {
+    return inChild([&] { return seteuid(0) != 0 || mknod(native("watched/d/n").c_str(), S_IFREG, 0) != 0 ? 1 : 0; });
+  };
+  EXPECT_EQ(changeMode(0), 0);
+  EXPECT_EQ(makeFile(), 0);
+  EXPECT_EQ(eventsOf(recorder), Events{});
+  EXPECT_EQ(changeMode(0755), 0);
+  EXPECT_EQ(eventsOf(recorder), Events{"+f d/n"});
+}
+
 TEST_F(NativeEventsTest, GoOnAfterACallbackHasThrown) {
   const log::test::LogRecords records;
   log::openChannel("foundation::storage::provider", log::Level::detail);
@@ -245,25 +309,6 @@ TEST_F(NativeEventsTest, AreRefusedWhereNothingCanBeWatched) {
   EXPECT_NE(refusalOf(child(std::u16string(1, u'\0')), directOnly).find("NUL"), std::string::npos);
 }
 
-/// Runs `body` in a process of its own.
-/// @return its exit code
-template <class Body>
-int inChild(const Body& body) {
-  const auto child = fork();
-  if (child == 0) {
-    int code = 100;
-    try {
-      code = body();
-    } catch (const std::exception& failure) {
-      std::fprintf(stderr, "%s\n", failure.what());
-    }
-    _exit(code);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 constexpr int notOffered = 77;
 
 /// @return false where the system does not offer a limit of one's own
@@ -296,6 +341,29 @@ TEST_F(NativeEventLimitsTest, OfWatchesAreNamedAndLeaveNoneBehind) {
     if (!names("fs.inotify.max_user_watches", refusalOf(folder, recursive), records))
       return 1;
     return refusalOf(child(u"0"), directOnly).empty() ? 0 : 2;
+  });
+  if (code == notOffered)
+    GTEST_SKIP() << "no user namespaces here";
+  EXPECT_EQ(code, 0);
+}
+
+TEST_F(NativeEventLimitsTest, OfWatchesCostLaterFoldersNoMoreThanTheirOwnEvents) {
+  constexpr int most = 10;
+  const int code = inChild([this] {
+    if (!limitWatches(most))
+      return notOffered;
+    const log::test::LogRecords records;
+    log::openChannel("foundation::storage::provider", log::Level::detail);
+    const ChangeRecorder recorder;
+    folder.publishFolderEvents(recorder.callback(location), comingAndGoing, recursive);
+    for (int i = 0; i < most; ++i) {
+      fs::create_directories(native("aside/b"));
+      fs::rename(native("aside"), native(std::to_string(i)));
+    }
+    for (int i = 0; i < most; ++i)
+      recorder.await("+d " + std::to_string(i) + "/b");
+    const auto all = records.all();
+    return !all.empty() && all[0].message.find("fs.inotify.max_user_watches") != std::string::npos ? 0 : 1;
   });
   if (code == notOffered)
     GTEST_SKIP() << "no user namespaces here";

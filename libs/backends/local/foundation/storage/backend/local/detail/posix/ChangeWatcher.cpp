@@ -24,6 +24,7 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{64} * 1024;
 constexpr std::uint32_t lostMask = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
+constexpr std::uint32_t movedMask = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 
 [[noreturn]] void fail(const char* call) { throw std::system_error(errno, std::generic_category(), call); }
 
@@ -147,29 +148,32 @@ void ChangeWatcher::handleEvents() {
 
 void ChangeWatcher::handle(const inotify_event& event, Looked& looked) {
   const std::string_view name = event.len == 0 ? std::string_view() : std::string_view(event.name);
-  const bool isTimeNews = looked.emplace(event.wd, std::string_view()).second;
-  const bool isNameNews = !name.empty() && looked.emplace(event.wd, name).second;
-  if (!isTimeNews && !isNameNews && (event.mask & lostMask) == 0)
+  const auto depth = (event.mask & movedMask) != 0 ? Depth::All : Depth::New;
+  const Hints hints{.isPlace = (event.mask & lostMask) != 0,
+                    .isTime = looked.emplace(event.wd, std::string_view(), Depth::Entry).second,
+                    .isEntry = !name.empty() && looked.emplace(event.wd, name, depth).second,
+                    .depth = depth};
+  if (!hints.isPlace && !hints.isTime && !hints.isEntry)
     return;
   const std::scoped_lock lock(mutex_);
   bool isAnyGone = false;
   for (const auto& user : inotify_->usersOf(event.wd)) {
     if (!inotify_->isUsedBy(event.wd, user))  // a look for another user has ended it
       continue;
-    attempt(*user.tree, [&] { handle(event, user, isTimeNews, isNameNews); });
+    attempt(*user.tree, [&] { handle(event, user, hints); });
     isAnyGone |= user.tree->isGone();
   }
   if (isAnyGone)
     dropGone();
 }
 
-void ChangeWatcher::handle(const inotify_event& event, const WatchUser& user, bool isTimeNews, bool isNameNews) {
-  if ((event.mask & lostMask) != 0)
+void ChangeWatcher::handle(const inotify_event& event, const WatchUser& user, const Hints& hints) {
+  if (hints.isPlace)
     user.tree->checkPlace(user.folder);
-  if (isTimeNews && user.folder != nullptr && inotify_->isUsedBy(event.wd, user))
+  if (hints.isTime && user.folder != nullptr && inotify_->isUsedBy(event.wd, user))
     user.tree->checkTime(*user.folder);
-  if (isNameNews && inotify_->isUsedBy(event.wd, user))
-    user.tree->checkEntry(user.folder, event.name);
+  if (hints.isEntry && inotify_->isUsedBy(event.wd, user))
+    user.tree->checkEntry(user.folder, event.name, hints.depth);
 }
 
 void ChangeWatcher::checkTrees(Which which) {

@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -53,8 +54,16 @@ class ChangeWatcher {
  private:
   /// The watched folder's path, and the file's name or nothing.
   using Key = std::pair<std::string, std::string>;
-  /// What was looked at since events were last read: another event that was read with them says nothing new.
-  using Looked = std::set<std::pair<int, std::string_view>>;
+  /// What was looked at since events were last read, by watch, name (none for the folder itself) and depth: another
+  /// event that was read with them says nothing new.
+  using Looked = std::set<std::tuple<int, std::string_view, Depth>>;
+
+  struct Hints {
+    bool isPlace;
+    bool isTime;
+    bool isEntry;
+    Depth depth;
+  };
 
   void subscribe(Key key, Reach reach, ChangePublisher publisher);
   void start(const provider::StorageIRI& location);
@@ -63,7 +72,7 @@ class ChangeWatcher {
   void awaitEvents();
   void handleEvents();
   void handle(const inotify_event& event, Looked& looked);
-  void handle(const inotify_event& event, const WatchUser& user, bool isTimeNews, bool isNameNews);
+  void handle(const inotify_event& event, const WatchUser& user, const Hints& hints);
   enum class Which { All, Uncertain };
   void checkTrees(Which which);
   void doubtAll();

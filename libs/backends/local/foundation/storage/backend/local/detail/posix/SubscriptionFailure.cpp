@@ -52,8 +52,6 @@ std::string currentReason() {
 
 }  // namespace
 
-bool isWatchLimit(int error) noexcept { return error == ENOSPC || error == ENOMEM; }
-
 provider::Exception watchFailure(int error, const char* call, const StorageIRI& location) {
   const auto setting = settingBehind(error);
   if (setting.empty())

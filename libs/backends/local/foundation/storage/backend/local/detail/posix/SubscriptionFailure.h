@@ -13,9 +13,6 @@ struct TagSubscriptionReason {};
 /// Why a subscription failed, for people.
 using SubscriptionReason = boost::error_info<TagSubscriptionReason, std::string>;
 
-/// Whether an error number of `inotify_add_watch` is about what the kernel can hold, not about the entry.
-bool isWatchLimit(int error) noexcept;
-
 /// A system call of inotify(7) failed. Where a limit of the kernel's was reached, the failure names the setting
 /// that raises it, and so does a record in the diagnostic log.
 provider::Exception watchFailure(int error, const char* call, const provider::StorageIRI& location);

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::uint32_t namesMask = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 constexpr std::uint32_t contentMask = IN_MODIFY | IN_CLOSE_WRITE;
-constexpr std::uint32_t itselfMask = IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF;
+constexpr std::uint32_t placeMask = IN_DELETE_SELF | IN_MOVE_SELF;
 
 std::string withSlash(std::string path) {
   if (path.back() != '/')
@@ -44,7 +44,7 @@ WatchedTree::WatchedTree(Inotify& inotify, ChangePublisher publisher, std::strin
       file_(std::move(file)),
       ending_(ending),
       wantsTimes_(publisher_.wants(Kind::EntryModified)),
-      mask_(namesMask | itselfMask | (wantsTimes_ ? contentMask : 0)) {}
+      mask_(namesMask | IN_ATTRIB | (wantsTimes_ ? contentMask : 0)) {}
 
 WatchedTree::~WatchedTree() {
   leaveAll(root_);
@@ -74,11 +74,12 @@ void WatchedTree::watchAbove() {
   for (auto end = path_.find('/'); end != std::string::npos; end = path_.find('/', end + 1)) {
     const bool isParent = path_.find('/', end + 1) == std::string::npos;
     const auto folder = path_.substr(0, end == 0 ? 1 : end);
-    const int watch = inotify_.add(folder, IN_ONLYDIR | IN_MOVE_SELF | (isParent ? namesMask : 0));
-    if (watch == -1 && isWatchLimit(errno))
-      throw watchFailure(errno, "inotify_add_watch", publisher_.watched());
+    const auto mask = IN_MOVE_SELF | (isParent ? IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO : 0u);
+    const int watch = inotify_.add(folder, mask | IN_ONLYDIR);
+    if (watch == -1 && isUnreadable(errno))
+      continue;
     if (watch == -1)
-      continue;  // it may not be read
+      throw watchFailure(errno, "inotify_add_watch", publisher_.watched());
     above_.reserve(above_.size() + 1);
     inotify_.join(watch, {this, nullptr});
     above_.push_back(watch);
@@ -86,7 +87,7 @@ void WatchedTree::watchAbove() {
 }
 
 void WatchedTree::watchItself() {
-  const int watch = inotify_.add(path_, mask_ | IN_ONLYDIR);
+  const int watch = inotify_.add(path_, mask_ | placeMask | IN_ONLYDIR);
   if (watch == -1)
     throw watchFailure(errno, "inotify_add_watch", publisher_.watched());
   setWatch(root_, watch);
@@ -94,16 +95,17 @@ void WatchedTree::watchItself() {
 
 void WatchedTree::checkPlace(WatchedFolder* folder) {
   if (folder != nullptr && folder->parent != nullptr)
-    return look(*folder->parent, std::string(*folder->name), true);
+    return look(*folder->parent, std::string(*folder->name), Depth::New);
   if (isGone_)
     return;
-  const int watch = inotify_.add(path_, mask_ | IN_ONLYDIR);
-  if (watch == root_.watch)
-    return;
-  if (watch == -1 && !meansNothingThere(errno) && !isWatchLimit(errno))
-    return;  // whether it is there cannot be found out
-  inotify_.leave(watch, {});
-  end();
+  const int watch = inotify_.add(path_, mask_ | placeMask | IN_ONLYDIR);
+  // Without one, it is another folder that would take a watch more than there can be.
+  if (watch == -1 ? meansNothingThere(errno) || errno == ENOSPC : watch != root_.watch) {
+    inotify_.leave(watch, {});
+    return end();
+  }
+  checkTime(root_);
+  scan(root_, Depth::All);
 }
 
 void WatchedTree::end() {
@@ -117,10 +119,14 @@ void WatchedTree::end() {
 void WatchedTree::checkTime(WatchedFolder& folder) {
   if (folder.parent != nullptr) {
     if (wantsTimes_)
-      look(*folder.parent, std::string(*folder.name), false);
+      look(*folder.parent, std::string(*folder.name), Depth::Entry);
     return;
   }
-  if (isGone_ || reach_ == Reach::OneFile || !publisher_.wants(Kind::WatchedFolderModified))
+  if (isGone_)
+    return;
+  if (root_.isStale)
+    scan(root_, Depth::All);
+  if (reach_ == Reach::OneFile || !publisher_.wants(Kind::WatchedFolderModified))
     return;
   const auto itself = examine(AT_FDCWD, path_.c_str());
   if (itself.presence != Presence::Present || itself.state.time == rootTime_)
@@ -130,30 +136,25 @@ void WatchedTree::checkTime(WatchedFolder& folder) {
     publisher_.publish(Kind::WatchedFolderModified);
 }
 
-void WatchedTree::checkEntry(WatchedFolder* folder, const std::string& name) {
+void WatchedTree::checkEntry(WatchedFolder* folder, const std::string& name, Depth depth) {
   if (folder != nullptr)
-    look(*folder, name, true);
-  else if (path_.ends_with("/" + name))
+    look(*folder, name, depth);
+  else if (depth == Depth::All && path_.ends_with("/" + name))
     checkPlace(nullptr);
 }
 
 void WatchedTree::checkAll() {
   isUncertain_ = false;
   checkPlace(nullptr);
-  if (isGone_)
-    return;
-  checkTime(root_);
-  scan(root_, Depth::All);
 }
 
 /// Compares one entry with what was last published of it.
-/// @param isFromParent  whether another entry may have come to its place
-void WatchedTree::look(WatchedFolder& folder, const std::string& name, bool isFromParent) {
+void WatchedTree::look(WatchedFolder& folder, const std::string& name, Depth depth) {
   if (isGone_ || folder.isLeaf || !publisher_.wantsEntries() || (reach_ == Reach::OneFile && name != file_))
     return;
   const auto found = examine(AT_FDCWD, (nativePathOf(folder) + name).c_str());
   if (found.presence == Presence::Unknown && reach_ != Reach::OneFile)
-    return list(folder);  // which may still say the names
+    return scan(folder, Depth::New);  // a listing may still say the names
   if (found.presence == Presence::Present)
     update(folder, name, found.state);
   const auto at = folder.entries.find(name);
@@ -161,8 +162,8 @@ void WatchedTree::look(WatchedFolder& folder, const std::string& name, bool isFr
     return;
   if (found.presence == Presence::Absent)
     remove(folder, at);
-  else if (isFromParent || !at->second.folder)
-    follow(folder, at->first, at->second, Depth::New);
+  else if (depth != Depth::Entry || !at->second.folder)
+    follow(folder, at->first, at->second, depth);
 }
 
 /// Compares all entries of a folder, of its new subfolders and, if wanted, of all others.
@@ -170,7 +171,7 @@ void WatchedTree::scan(WatchedFolder& folder, Depth depth) {
   if (!publisher_.wantsEntries())
     return;
   if (reach_ == Reach::OneFile)
-    return look(folder, file_, true);
+    return look(folder, file_, Depth::New);
   list(folder);
   for (auto& [name, entry] : folder.entries)
     follow(folder, name, entry, depth);
@@ -178,7 +179,8 @@ void WatchedTree::scan(WatchedFolder& folder, Depth depth) {
 
 void WatchedTree::list(WatchedFolder& folder) {
   auto descriptor = open(folder);
-  if (!descriptor.isOpen())
+  folder.isStale = !descriptor.isOpen();
+  if (folder.isStale)
     return;
   for (auto& [name, entry] : folder.entries)
     entry.isListed = false;
@@ -271,36 +273,49 @@ void WatchedTree::follow(WatchedFolder& folder, const std::string& name, Watched
   const int watch = addWatch(entry, nativePathOf(folder) + name, isUnwatchable);
   if (watch == -1 && !isUnwatchable)
     return;  // gone, which its parent's watch will tell, or not to be read
-  const bool isNew = !entry.folder || entry.folder->watch != watch;
-  if (!entry.folder)
-    entry.folder.reset(new WatchedFolder{&folder, &name, -1, following == Following::Itself, {}});
-  if (entry.folder->watch != watch)
-    setWatch(*entry.folder, watch);
-  if (following == Following::Content && (isNew || depth == Depth::All))
+  bool isNew = !entry.folder;
+  if (isNew)
+    entry.folder.reset(new WatchedFolder{&folder, &name, -1, following == Following::Itself, false, {}});
+  isNew |= setWatch(*entry.folder, watch);
+  if (isNew)
+    updateAgain(folder, name);
+  if (entry.folder && !entry.folder->isLeaf && (isNew || depth == Depth::All || entry.folder->isStale))
     scan(*entry.folder, depth);
+}
+
+/// An entry may have changed between the last look and the beginning of its own watch.
+void WatchedTree::updateAgain(WatchedFolder& folder, const std::string& name) {
+  if (!wantsTimes_)
+    return;
+  if (const auto found = examine(AT_FDCWD, (nativePathOf(folder) + name).c_str()); found.presence == Presence::Present)
+    update(folder, name, found.state);
 }
 
 /// @param isUnwatchable  set where there is something to watch but the kernel can hold no more watches
 /// @return -1 without a watch
 int WatchedTree::addWatch(const WatchedEntry& entry, const std::string& path, bool& isUnwatchable) {
-  const bool isFolder = followingOf(entry) == Following::Content;
-  const std::uint32_t mask = isFolder ? mask_ : entry.isLink ? namesMask | contentMask | itselfMask : namesMask;
-  const int watch = inotify_.add(path, mask | (entry.isLink ? 0 : IN_ONLYDIR | IN_DONT_FOLLOW));
-  if (watch != -1 || !isWatchLimit(errno))
+  const auto ofTarget = namesMask | contentMask | IN_ATTRIB | placeMask;
+  const auto ofFolder = (followingOf(entry) == Following::Content ? mask_ : namesMask) | IN_ONLYDIR | IN_DONT_FOLLOW;
+  const int watch = inotify_.add(path, entry.isLink ? ofTarget : ofFolder);
+  if (watch != -1 || isUnreadable(errno))
     return watch;
-  isUnwatchable = true;
-  auto failure = watchFailure(errno, "inotify_add_watch", publisher_.watched());
-  if (isStarting_)
+  isUnwatchable = errno == ENOSPC;
+  const auto failure = watchFailure(errno, "inotify_add_watch", publisher_.watched());
+  if (isStarting_ || !isUnwatchable)
     throw failure;
   return -1;
 }
 
-void WatchedTree::setWatch(WatchedFolder& folder, int watch) {
+/// @return whether it is another one
+bool WatchedTree::setWatch(WatchedFolder& folder, int watch) {
+  if (folder.watch == watch)
+    return false;
   if (watch >= 0)
     inotify_.join(watch, {this, &folder});
   if (folder.watch >= 0)
     inotify_.leave(folder.watch, {this, &folder});
   folder.watch = watch;
+  return true;
 }
 
 void WatchedTree::publish(Kind kind, const WatchedFolder& folder, const std::string& name, EntryType type) const {

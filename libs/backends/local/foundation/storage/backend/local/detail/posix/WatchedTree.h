@@ -29,12 +29,20 @@ struct WatchedFolder {
   WatchedFolder* parent = nullptr;    ///< none for the watched folder itself
   const std::string* name = nullptr;  ///< its key among the parent's entries
   int watch = -1;
-  bool isLeaf = false;  ///< watched for its own time only: a folder that is not descended into, or a link's target
+  bool isLeaf = false;   ///< watched for its own time only: a folder that is not descended into, or a link's target
+  bool isStale = false;  ///< its entries could not be listed when that was needed
   Entries entries;
 };
 
 /// How far a subscription reaches.
 enum class Reach { Entries, Subtree, OneFile };
+
+/// How far a look at an entry goes.
+enum class Depth {
+  Entry,  ///< its type and time
+  New,    ///< and, where another folder has come to its place, all that is below
+  All,    ///< and in any case all that is below
+};
 
 /// One subscription: the entries as they were last published, kept up with the file system.
 ///
@@ -42,7 +50,9 @@ enum class Reach { Entries, Subtree, OneFile };
 /// it, publishes the difference and remembers the entry as it is now. So events that come late, twice or out of
 /// order do no harm, and what the kernel had to drop is made up for by looking everywhere. A hint is needed
 /// whenever something may have changed since the last look; therefore watches are added before their folders are
-/// listed. All that is published is about paths: what is at a path after the change, whichever file it is.
+/// listed. All that is published is about paths: what is at a path after the change, whichever file it is. While a
+/// folder is moved away, looks at the paths below it find nothing; so a folder that was moved is looked at as a whole,
+/// even if it is back.
 ///
 /// Not for more than one thread at a time.
 class WatchedTree {
@@ -64,10 +74,10 @@ class WatchedTree {
 
   /// The folder may not be at its place any more. Null: that may be so of the watched folder.
   void checkPlace(WatchedFolder* folder);
-  /// The folder may have another last-modified time.
+  /// The folder may have another last-modified time or other permissions.
   void checkTime(WatchedFolder& folder);
-  /// There may be a change at a name in a folder. In the folder above the tree (null) it may lead away from it.
-  void checkEntry(WatchedFolder* folder, const std::string& name);
+  /// There may be a change at a name in a folder. Null: in the folder that holds the watched one.
+  void checkEntry(WatchedFolder* folder, const std::string& name, Depth depth);
   /// Anything may have changed.
   void checkAll();
 
@@ -79,7 +89,6 @@ class WatchedTree {
   bool isGone() const noexcept { return isGone_; }
 
  private:
-  enum class Depth { New, All };
   enum class Following { Not, Itself, Content };
 
   void watchAbove();
@@ -87,7 +96,7 @@ class WatchedTree {
   void leaveAll(WatchedFolder& folder) noexcept;
   void end();
 
-  void look(WatchedFolder& folder, const std::string& name, bool isFromParent);
+  void look(WatchedFolder& folder, const std::string& name, Depth depth);
   void scan(WatchedFolder& folder, Depth depth);
   void list(WatchedFolder& folder);
   Descriptor open(const WatchedFolder& folder) const;
@@ -100,7 +109,8 @@ class WatchedTree {
   Following followingOf(const WatchedEntry& entry) const noexcept;
   void follow(WatchedFolder& folder, const std::string& name, WatchedEntry& entry, Depth depth);
   int addWatch(const WatchedEntry& entry, const std::string& path, bool& isUnwatchable);
-  void setWatch(WatchedFolder& folder, int watch);
+  bool setWatch(WatchedFolder& folder, int watch);
+  void updateAgain(WatchedFolder& folder, const std::string& name);
 
   void publish(events::Kind kind, const WatchedFolder& folder, const std::string& name, events::EntryType type) const;
   bool isMuted() const noexcept { return isStarting_ || ending_.load(std::memory_order_relaxed); }
