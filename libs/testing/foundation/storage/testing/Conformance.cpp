@@ -20,13 +20,15 @@ using detail::CheckGroup;
 
 const std::vector<CheckGroup>& allGroups() {
   static const std::vector<CheckGroup> groups{
-      detail::existenceChecks(),   detail::createChecks(),        detail::readChecks(),     detail::writeChecks(),
-      detail::appendChecks(),      detail::seekChecks(),          detail::truncateChecks(), detail::listChecks(),
-      detail::wildcardChecks(),    detail::recursiveListChecks(), detail::nameChecks(),     detail::attributeChecks(),
-      detail::timeChecks(),        detail::writableChecks(),      detail::copyChecks(),     detail::moveChecks(),
-      detail::removeChecks(),      detail::transactionChecks(),   detail::spaceChecks(),    detail::hugeFileChecks(),
-      detail::concurrencyChecks(), detail::pollingChecks(),       detail::locationChecks(), detail::refusalChecks(),
-      detail::readOnlyChecks(),
+      detail::existenceChecks(),     detail::createChecks(),      detail::readChecks(),
+      detail::writeChecks(),         detail::appendChecks(),      detail::seekChecks(),
+      detail::truncateChecks(),      detail::listChecks(),        detail::wildcardChecks(),
+      detail::recursiveListChecks(), detail::nameChecks(),        detail::attributeChecks(),
+      detail::timeChecks(),          detail::writableChecks(),    detail::copyChecks(),
+      detail::moveChecks(),          detail::removeChecks(),      detail::transactionChecks(),
+      detail::spaceChecks(),         detail::hugeFileChecks(),    detail::concurrencyChecks(),
+      detail::pollingChecks(),       detail::changeEventChecks(), detail::locationChecks(),
+      detail::refusalChecks(),       detail::readOnlyChecks(),
   };
   return groups;
 }
@@ -47,9 +49,10 @@ constexpr std::array capabilityTexts{
     "a limit to its space",
     "names of any bytes",
     "huge files with gaps",
+    "change events of its own",
 };
 
-static_assert(capabilityTexts.size() == static_cast<std::size_t>(Capability::HugeFiles) + 1);
+static_assert(capabilityTexts.size() == static_cast<std::size_t>(Capability::ChangeEvents) + 1);
 
 bool concerns(const BackEnd& backEnd, const CheckGroup& group, const Check& check) {
   const auto has = [&](Capability capability) { return backEnd.capabilities.contains(capability); };

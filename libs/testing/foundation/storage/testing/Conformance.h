@@ -42,6 +42,7 @@ enum class Capability : std::int32_t {
   LimitedSpace,       ///< a store that fills up; needs `BackEnd::makeSmallFolder`
   AnyName,            ///< every name without '/' and NUL, also one that is no Unicode
   HugeFiles,          ///< beyond 4 GiB, with gaps that cost little
+  ChangeEvents,       ///< telling of changes by itself; a store without is looked at
 };
 
 /// What a folder holds: the content of files by path, with '/'; a path that ends in '/' is a folder.

@@ -24,6 +24,7 @@ struct CheckGroup {
 // Each in a source file of its own.
 CheckGroup appendChecks();
 CheckGroup attributeChecks();
+CheckGroup changeEventChecks();
 CheckGroup concurrencyChecks();
 CheckGroup copyChecks();
 CheckGroup createChecks();
@@ -47,5 +48,8 @@ CheckGroup truncateChecks();
 CheckGroup wildcardChecks();
 CheckGroup writableChecks();
 CheckGroup writeChecks();
+
+/// How a store answers that has no change events of its own.
+void refuseChangeEvents(Store& store);
 
 }  // namespace foundation::storage::testing::detail

@@ -23,6 +23,7 @@ CheckGroup refusalChecks() {
            },
            {},
            {Capability::RecursiveListing}},
+          {"OfChangeEvents", refuseChangeEvents, {}, {Capability::ChangeEvents}},
           {"OfWildcardsIsAWholeListing",
            [](Store& s) {
              s.fill({{u"a.x", ""}, {u"b.y", ""}});

@@ -31,6 +31,12 @@ namespace foundation::storage::backend::local {
 /// - Other hard links of the old file keep the old content.
 /// - What a killed program leaves behind, `provider::removeScratchFiles` removes.
 ///
+/// Change events come from inotify(7), with the kinds and the meaning that looking has; a rename is a removal and an
+/// addition. They tell what is at a path after the change, each net change once at least; what the kernel had to
+/// drop is made up for by looking everywhere. Callbacks run on one thread of the provider's, and must not subscribe
+/// or stop. Where the kernel allows no more watches, the `ChangeEventsSubscriptionException` and the diagnostic log
+/// name its setting.
+///
 /// What the system said of a failure is the failure's top context: its key names the system call, its
 /// info holds the system's words, the error number as the response code, under "name" the number's
 /// symbol (errno(3)), and under "location" the text of the location, which a stream's failure does not
