@@ -131,7 +131,7 @@ void memoryToMemory(benchmark::State& state, bool betweenStores) {
 }
 
 template <class Copy>
-void diskToDisk(benchmark::State& state, const Copy& copy) {
+void fileToFile(benchmark::State& state, const Copy& copy) {
   const Disk disk;
   measure(
       state, [&] { disk.empty(); },
@@ -146,13 +146,13 @@ void byStreams(const std::string& from, const std::string& to) {
 
 BENCHMARK_CAPTURE(memoryToMemory, one_store, false)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(memoryToMemory, two_stores_through_streams, true)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(diskToDisk, limit_copy_file_range, copyByHand)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(diskToDisk, std_filesystem, [](const std::string& from, const std::string& to) {
+BENCHMARK_CAPTURE(fileToFile, limit_copy_file_range, copyByHand)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(fileToFile, std_filesystem, [](const std::string& from, const std::string& to) {
   std::filesystem::copy_file(from, to);
 })->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(diskToDisk, ours, [](const std::string& from, const std::string& to) {
+BENCHMARK_CAPTURE(fileToFile, ours, [](const std::string& from, const std::string& to) {
   onDisk(from).copyFile(onDisk(to), provider::ReplacementPolicy::Overwrite);
 })->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(diskToDisk, ours_through_streams, byStreams)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(fileToFile, ours_through_streams, byStreams)->Unit(benchmark::kMillisecond);
 
 }  // namespace
