@@ -40,8 +40,8 @@ std::vector<BackEnd> ourBackEnds() {
        .makeSmallFolder = [](std::uint64_t bytes) { return rootOf(makeMemoryProvider(bytes)); }},
       {.name = "Local",
        .makeEmptyFolder = makeLocalFolder,
-       .capabilities = {Write, Append, RandomAccess, AtomicReplacement, ExclusiveCreation, AnyName, HugeFiles,
-                        ChangeEvents}},
+       .capabilities = {Write, Append, RandomAccess, Wildcards, RecursiveListing, AtomicReplacement, ExclusiveCreation,
+                        AnyName, HugeFiles, ChangeEvents}},
   };
 }
 

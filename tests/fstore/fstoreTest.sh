@@ -606,7 +606,7 @@ ends_with() { # ends_with CODE ERROR
   wait "$watcher"
   same "$1 $2" "$? $(<"$work/err")" "the end of the watch"
 }
-for options in '' '--poll 5'; do
+for options in '' '--poll 5' '-r' '-r --poll 5'; do
   fresh
   mkdir folder
   # shellcheck disable=SC2086 # they are several words
@@ -621,6 +621,10 @@ for options in '' '--poll 5'; do
   mkdir folder/sub
   sees "added folder $here/folder/sub"
   sees "folder-modified folder $here/folder"
+  if [[ $options == -r* ]]; then
+    echo >folder/sub/inner
+    sees "added file $here/folder/sub/inner"
+  fi
   kill -TERM "$watcher"
   ends_with 0 ""
 done

@@ -3,6 +3,7 @@
 #include "TemporaryFolder.h"
 
 #include <map>
+#include <vector>
 
 namespace foundation::storage::backend::local {
 namespace {
@@ -20,6 +21,56 @@ std::map<std::string, bool> namesAndKinds(IFolderEntryIterator& entries) {
 }
 
 class ListingTest : public LocalTest {};
+
+TEST_F(ListingTest, WalksTreesWithoutFollowingLinks) {
+  fs::create_directories(native("a/b"));
+  fs::create_directory_symlink("..", native("a/b/up"));
+  fs::create_symlink("nowhere", native("a/dangling"));
+  put("a/b/file", "12345");
+  const std::map<std::string, bool> all{
+      {"a", false}, {"a/b", false}, {"a/b/up", false}, {"a/b/file", true}, {"a/dangling", true}};
+  EXPECT_EQ(namesAndKinds(*folder.listAllRecursive(u"")), all);
+  EXPECT_EQ(namesAndKinds(*folder.listAllRecursiveNamesOnly(u"")), all);
+}
+
+TEST_F(ListingTest, WalksOnPastFoldersThatVanishOrCannotBeRead) {
+  for (const auto* name : {"gone", "locked", "open"}) {
+    fs::create_directory(native(name));
+    put(std::string(name) + "/file", "");
+  }
+  const auto entries = folder.listAllRecursiveNamesOnly(u"");
+  for (int count = 0; count < 3; ++count)
+    entries->next();
+  fs::remove_all(native("gone"));
+  ASSERT_EQ(chmod(native("locked").c_str(), 0), 0);
+  const WithoutPrivileges nobody;
+  std::vector<std::u16string> found;
+  int refused = 0;
+  for (bool isMore = true; isMore;)
+    try {
+      isMore = entries->hasNext();
+      entries->next();
+      if (isMore)
+        found.push_back(entries->current().getName());
+    } catch (const Exception& failure) {
+      EXPECT_EQ(failure.getErrorCode(), ErrorCode::PermissionDenied);
+      EXPECT_EQ(failure.getStorageIRI(), child(u"locked").getLocation());
+      ++refused;
+    }
+  EXPECT_EQ(found, std::vector<std::u16string>{u"open/file"});
+  EXPECT_EQ(refused, 1);
+}
+
+TEST_F(ListingTest, WalksDeepTreesWithOneFolderOpen) {
+  std::string deep = native("d");
+  for (int level = 1; level < 1200; ++level)
+    deep += "/d";
+  fs::create_directories(deep);
+  std::size_t count = 0;
+  for (const auto entries = folder.listAllRecursiveNamesOnly(u""); entries->hasNext(); ++count)
+    entries->next();
+  EXPECT_EQ(count, 1200u);
+}
 
 TEST_F(ListingTest, ListsFilesFoldersOrBoth) {
   put("file", "12345");

@@ -13,7 +13,8 @@ namespace foundation::storage::backend::local {
 ///
 /// Names are the system's own bytes: those that are no UTF-8 are kept as `fl::i18n` says. Links are
 /// followed, but for removing, moving and `existsExtended`. Entries whose names begin with '.' are
-/// hidden. Listings ignore wildcards. A copy gets the source's mode, less the umask, unless it is atomic or
+/// hidden. Wildcards are those of `support::Wildcard`, by case.
+/// Listings of trees do not descend into links. A copy gets the source's mode, less the umask, unless it is atomic or
 /// asks a callback. Folders and anything that only
 /// blocks (pipes, sockets) cannot be opened as streams.
 ///

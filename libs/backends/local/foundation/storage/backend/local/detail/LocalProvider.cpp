@@ -10,10 +10,12 @@
 #include <foundation/storage/backend/local/detail/posix/Move.h>
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
 #include <foundation/storage/backend/local/detail/posix/RealPath.h>
+#include <foundation/storage/backend/local/detail/posix/RecursiveListing.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/ScratchFile.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
 #include <foundation/storage/backend/local/detail/posix/TransactionTarget.h>
+#include <foundation/storage/backend/support/FilteredListing.h>
 #include <foundation/storage/provider/FailureConversion.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
@@ -54,6 +56,10 @@ std::unique_ptr<ByteStream> openStreamWith(const provider::StorageIRI& location,
 
 std::unique_ptr<FolderListing> list(const provider::StorageIRI& location, EntryFilter filter, EntryDetail detail) {
   return std::make_unique<FolderListing>(location, filter, detail);
+}
+
+provider::IProvider::Listing filtered(provider::IProvider::Listing listing, const std::u16string& wildcard) {
+  return std::make_unique<support::FilteredListing>(std::move(listing), support::Wildcard(wildcard));
 }
 
 ExistenceTypeExtended typeBehindLink(const provider::StorageIRI& location, const std::string& path) {
@@ -176,24 +182,70 @@ LocalProvider::Listing LocalProvider::doListAll(const StorageIRI& location) cons
   return list(location, EntryFilter::All, EntryDetail::Attributes);
 }
 
+LocalProvider::Listing LocalProvider::doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const {
+  return filtered(doListAll(location), wildcard);
+}
+
 LocalProvider::Listing LocalProvider::doListFiles(const StorageIRI& location) const {
   return list(location, EntryFilter::Files, EntryDetail::Attributes);
+}
+
+LocalProvider::Listing LocalProvider::doListFilesWildcards(const StorageIRI& location, std::u16string wildcard) const {
+  return filtered(doListFiles(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListFolders(const StorageIRI& location) const {
   return list(location, EntryFilter::Folders, EntryDetail::Attributes);
 }
 
+LocalProvider::Listing LocalProvider::doListFoldersWildcards(const StorageIRI& location,
+                                                             std::u16string wildcard) const {
+  return filtered(doListFolders(location), wildcard);
+}
+
 LocalProvider::Listing LocalProvider::doListAllNamesOnly(const StorageIRI& location) const {
   return list(location, EntryFilter::All, EntryDetail::NamesOnly);
+}
+
+LocalProvider::Listing LocalProvider::doListAllNamesOnlyWildcards(const StorageIRI& location,
+                                                                  std::u16string wildcard) const {
+  return filtered(doListAllNamesOnly(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListFoldersNamesOnly(const StorageIRI& location) const {
   return list(location, EntryFilter::Folders, EntryDetail::NamesOnly);
 }
 
+LocalProvider::Listing LocalProvider::doListFoldersNamesOnlyWildcards(const StorageIRI& location,
+                                                                      std::u16string wildcard) const {
+  return filtered(doListFoldersNamesOnly(location), wildcard);
+}
+
 LocalProvider::Listing LocalProvider::doListFilesNamesOnly(const StorageIRI& location) const {
   return list(location, EntryFilter::Files, EntryDetail::NamesOnly);
+}
+
+LocalProvider::Listing LocalProvider::doListFilesNamesOnlyWildcards(const StorageIRI& location,
+                                                                    std::u16string wildcard) const {
+  return filtered(doListFilesNamesOnly(location), wildcard);
+}
+
+LocalProvider::Listing LocalProvider::doListAllRecursive(const StorageIRI& location) const {
+  return std::make_unique<RecursiveListing>(location, EntryDetail::Attributes);
+}
+
+LocalProvider::Listing LocalProvider::doListAllRecursiveWildcards(const StorageIRI& location,
+                                                                  std::u16string wildcard) const {
+  return filtered(doListAllRecursive(location), wildcard);
+}
+
+LocalProvider::Listing LocalProvider::doListAllRecursiveNamesOnly(const StorageIRI& location) const {
+  return std::make_unique<RecursiveListing>(location, EntryDetail::NamesOnly);
+}
+
+LocalProvider::Listing LocalProvider::doListAllRecursiveNamesOnlyWildcards(const StorageIRI& location,
+                                                                           std::u16string wildcard) const {
+  return filtered(doListAllRecursiveNamesOnly(location), wildcard);
 }
 
 void LocalProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const {

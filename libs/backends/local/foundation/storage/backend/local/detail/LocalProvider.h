@@ -40,11 +40,21 @@ class LocalProvider final : public provider::IProvider, public provider::extensi
   std::unique_ptr<provider::TransactionalStream> doOpenTransactionalStream(
       const StorageIRI& location, const provider::ByteStreamOpenOptions& options) const override;
   Listing doListAll(const StorageIRI& location) const override;
+  Listing doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const override;
   Listing doListFiles(const StorageIRI& location) const override;
+  Listing doListFilesWildcards(const StorageIRI& location, std::u16string wildcard) const override;
   Listing doListFolders(const StorageIRI& location) const override;
+  Listing doListFoldersWildcards(const StorageIRI& location, std::u16string wildcard) const override;
   Listing doListAllNamesOnly(const StorageIRI& location) const override;
+  Listing doListAllNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override;
   Listing doListFoldersNamesOnly(const StorageIRI& location) const override;
+  Listing doListFoldersNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override;
   Listing doListFilesNamesOnly(const StorageIRI& location) const override;
+  Listing doListFilesNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override;
+  Listing doListAllRecursive(const StorageIRI& location) const override;
+  Listing doListAllRecursiveWildcards(const StorageIRI& location, std::u16string wildcard) const override;
+  Listing doListAllRecursiveNamesOnly(const StorageIRI& location) const override;
+  Listing doListAllRecursiveNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override;
   /// In place: the file stays the same one, with its mode and all its links.
   void doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const override;
   /// Refuses to copy a file onto itself with `InvalidLocation`.

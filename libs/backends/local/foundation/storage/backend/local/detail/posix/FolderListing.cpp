@@ -35,6 +35,7 @@ bool FolderListing::hasNext() const {
 void FolderListing::next() {
   hasNext();
   current_ = std::exchange(next_, std::nullopt);
+  isCurrentLink_ = isNextLink_;
 }
 
 void FolderListing::reset() {
@@ -70,12 +71,14 @@ FolderListing::Examined FolderListing::examine(const RawEntry& entry) const {
 }
 
 std::optional<FolderEntry> FolderListing::makeEntry(const RawEntry& entry) const {
+  isNextLink_ = false;
   const bool typeIsKnown = entry.type != DT_UNKNOWN && entry.type != DT_LNK;
   if (typeIsKnown && !passes(entry.type == DT_DIR))
     return std::nullopt;
   if (typeIsKnown && detail_ == EntryDetail::NamesOnly)
     return FolderEntry(fl::i18n::to_ustring(entry.name), entry.type == DT_DIR ? EntryType::Folder : EntryType::File);
   const auto examined = examine(entry);
+  isNextLink_ = examined.isLink;
   const bool isFolder = examined.status ? S_ISDIR(examined.status->st_mode) : entry.type == DT_DIR;
   if (!examined.exists || !passes(isFolder))
     return std::nullopt;

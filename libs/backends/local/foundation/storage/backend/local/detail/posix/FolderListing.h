@@ -28,6 +28,9 @@ class FolderListing final : public provider::IFolderEntryIterator {
   void next() override;
   void reset() override;
 
+  /// Whether the current entry is a link, whatever it leads to.
+  bool isCurrentLink() const noexcept { return isCurrentLink_; }
+
  private:
   using EntryType = provider::FolderEntry::EntryType;
 
@@ -50,8 +53,10 @@ class FolderListing final : public provider::IFolderEntryIterator {
   // Looking ahead is part of the const question whether there is more.
   mutable FolderReader reader_;
   mutable std::optional<provider::FolderEntry> next_;
+  mutable bool isNextLink_ = false;
   mutable bool atEnd_ = false;
   std::optional<provider::FolderEntry> current_;
+  bool isCurrentLink_ = false;
 };
 
 }  // namespace foundation::storage::backend::local::detail
