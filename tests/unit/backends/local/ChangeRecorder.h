@@ -76,6 +76,21 @@ class ChangeRecorder {
   std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
+/// A subscription whose callback refers to what lives in the same scope.
+class ScopedEvents {
+ public:
+  ScopedEvents(StorageItem item, const ChangeCallback& callback, const std::vector<Kind>& kinds)
+      : item_(std::move(item)) {
+    item_.publishFolderEvents(callback, kinds, RecursiveFileWatching::Recursive);
+  }
+  ~ScopedEvents() { item_.stopPublishingFolderEvents(); }
+  ScopedEvents(const ScopedEvents&) = delete;
+  ScopedEvents& operator=(const ScopedEvents&) = delete;
+
+ private:
+  const StorageItem item_;
+};
+
 /// The entries of a folder, by paths relative to it. Without their types: an entry that another one with the same
 /// last-modified time has replaced is no change.
 using Tree = std::set<std::string>;

@@ -53,7 +53,7 @@ TEST_F(NativeEventsStressTest, LoseNothingWhenTheKernelDropsThem) {
     reached.count_down();
     released.wait();
   };
-  watched.publishFolderEvents(recorder.callback(watched.getLocation(), blockOnce), allKinds, recursive);
+  const ScopedEvents subscription(watched, recorder.callback(watched.getLocation(), blockOnce), allKinds);
   make("watched/first");
   reached.wait();
   for (int i = 0; i <= limit; ++i)

@@ -32,11 +32,19 @@ namespace foundation::storage::backend::local {
 /// - Other hard links of the old file keep the old content.
 /// - What a killed program leaves behind, `provider::removeScratchFiles` removes.
 ///
-/// Change events come from inotify(7), with the kinds and the meaning that looking has; a rename is a removal and an
-/// addition. They tell what is at a path after the change, each net change once at least; what the kernel had to
-/// drop is made up for by looking everywhere. Callbacks run on one thread of the provider's, and must not subscribe
-/// or stop. Where the kernel allows no more watches, the `ChangeEventsSubscriptionException` and the diagnostic log
-/// name its setting.
+/// Change events are the system's (inotify(7)), and mean what polled ones mean: an entry's last-modified time
+/// changed, its name came or went. A rename is a removal and an addition, of all that is below a folder, too. Changes
+/// that follow each other closely may come as the one that they amount to. What the kernel drops is made up for.
+/// - Callbacks run on a thread of the provider's, one at a time. They must neither subscribe nor stop nor let go of
+///   the provider for good: all of these wait for the callback.
+/// - A link is watched along with what it leads to, but is not descended into. Not noticed are a target that comes
+///   to be, writing through a hard link in a folder that is not watched, and what other machines do in a network
+///   file system. Writing to memory that a file is mapped to is noticed when the file is closed.
+/// - Each folder below costs one of the kernel's watches (fs.inotify.max_user_watches); without recursion, where
+///   `EntryModified` is wanted, each direct one. So do links then, and the folders on the way to the watched one.
+///   Where there are no more, subscribing fails; a folder that is made later only lacks events from within.
+/// - When the watched folder is removed or moved, the subscription ends with `WatchedFolderRemoved`. For a single
+///   file that folder is its parent; its times are not told.
 ///
 /// What the system said of a failure is the failure's top context: its key names the system call, its
 /// info holds the system's words, the error number as the response code, under "name" the number's
