@@ -42,7 +42,8 @@ TEST_F(NativeEventsStressTest, LoseNothingWhenTheKernelDropsThem) {
     GTEST_SKIP() << "the kernel's queue is too long";
   make("watched/removed");
   make("watched/kept");
-  fs::create_directories(native("watched/old/inner"));
+  for (const char* name : {"watched/old/inner", "watched/turned/inner"})
+    fs::create_directories(native(name));
   auto tree = treeOnDisk(watchedPath);
   const ChangeRecorder recorder;
   std::latch reached(1), released(1);
@@ -62,6 +63,8 @@ TEST_F(NativeEventsStressTest, LoseNothingWhenTheKernelDropsThem) {
     fs::remove(native("watched/" + std::to_string(i)));
   fs::remove(native("watched/removed"));
   fs::rename(native("watched/old"), native("watched/other"));
+  fs::remove_all(native("watched/turned"));
+  make("watched/turned");
   fs::create_directories(native("watched/new/inner"));
   make("watched/new/inner/file");
   setTime("watched/kept", 1000);
