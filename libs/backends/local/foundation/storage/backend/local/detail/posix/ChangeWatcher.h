@@ -78,7 +78,9 @@ class ChangeWatcher {
   void doubtAll();
   void dropGone();
 
-  FairMutex mutex_;                 ///< guards what follows, and is held while a callback runs
+  // The only lock here. It is held while a callback runs, so whatever a callback locks comes after it; who subscribes,
+  // stops or ends must hold nothing that a callback waits for.
+  FairMutex mutex_;                 ///< guards the next two
   std::optional<Inotify> inotify_;  ///< outlives the trees
   std::map<Key, std::unique_ptr<WatchedTree>> trees_;
 
