@@ -62,10 +62,10 @@ TEST_F(ListingTest, WalksOnPastFoldersThatVanishOrCannotBeRead) {
 }
 
 TEST_F(ListingTest, WalksDeepTreesWithOneFolderOpen) {
-  std::string deep = native("d");
+  std::u16string deep = u"d";
   for (int level = 1; level < 1200; ++level)
-    deep += "/d";
-  fs::create_directories(deep);
+    deep += u"/d";
+  child(deep).createFolderRecursive();
   std::size_t count = 0;
   for (const auto entries = folder.listAllRecursiveNamesOnly(u""); entries->hasNext(); ++count)
     entries->next();

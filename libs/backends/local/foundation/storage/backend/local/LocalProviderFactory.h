@@ -13,10 +13,9 @@ namespace foundation::storage::backend::local {
 ///
 /// Names are the system's own bytes: those that are no UTF-8 are kept as `fl::i18n` says. Links are
 /// followed, but for removing, moving and `existsExtended`. Entries whose names begin with '.' are
-/// hidden. Wildcards are those of `support::Wildcard`, by case.
-/// Listings of trees do not descend into links. A copy gets the source's mode, less the umask, unless it is atomic or
-/// asks a callback. Folders and anything that only
-/// blocks (pipes, sockets) cannot be opened as streams.
+/// hidden. Wildcards are those of `support::Wildcard`, by case. Listings of trees do not descend into links. A
+/// copy gets the source's mode, less the umask, unless it is atomic or asks a callback. Folders and anything that
+/// only blocks (pipes, sockets) cannot be opened as streams.
 ///
 /// A transaction writes to a scratch file beside its target and renames that over the target. At every moment
 /// everybody, programs that start after a crash of this one included, finds either the old content or the new.
