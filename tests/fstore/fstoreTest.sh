@@ -636,6 +636,24 @@ sees "{\"event\":\"added\",\"type\":\"file\",\"location\":\"$here/folder/file\",
 rm -r folder
 ends_with 1 "fstore watch: $here/folder: ResourceNotFound: The watched folder is gone"
 fails "$here/missing: ResourceNotFound: No such file or directory" watch --poll 5 missing
+for options in '' '--poll 5'; do
+  fresh
+  mkdir folder
+  echo >folder/abc
+  : >"$work/out"
+  # shellcheck disable=SC2086 # they are several words
+  "$fstore" watch $options "$here/folder/%61bc" >"$work/out" 2>"$work/err" &
+  watcher=$!
+  touch_until_told() {
+    touch -d "@$((++sentinels))" folder/abc
+    grep -q '^modified file .*bc$' "$work/out"
+  }
+  eventually touch_until_told || complain "watch $options does not tell of the file"
+  rm -r folder
+  wait "$watcher"
+  same "1 fstore watch: $here/folder/%61bc: ResourceNotFound: The watched folder is gone" "$? $(<"$work/err")" \
+    "the end of watch $options of a file"
+done
 
 # --- deep trees -------------------------------------------------------------------------------------
 

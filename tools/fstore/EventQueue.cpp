@@ -2,13 +2,11 @@
 
 #include <boost/property_tree/ptree.hpp>
 
-#include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-#include <poll.h>
 #include <sys/eventfd.h>
-#include <sys/signalfd.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -16,34 +14,44 @@
 namespace fstore {
 namespace {
 
-int required(int descriptor, const char* call) {
-  if (descriptor == -1)
-    throw std::system_error(errno, std::generic_category(), call);
-  return descriptor;
+// What a signal's handler may use.
+std::atomic<bool> isToStop{false};
+std::atomic<int> wakeUpDescriptor{-1};
+
+void wakeUp() {
+  const std::uint64_t one = 1;
+  // It fails only where more wake-ups than can be counted are under way.
+  (void)!write(wakeUpDescriptor, &one, sizeof one);
 }
 
-int openSignals() {
-  sigset_t stopping;
-  sigemptyset(&stopping);
-  sigaddset(&stopping, SIGINT);
-  sigaddset(&stopping, SIGTERM);
-  if (const int error = pthread_sigmask(SIG_BLOCK, &stopping, nullptr))
-    throw std::system_error(error, std::generic_category(), "pthread_sigmask");
-  return required(signalfd(-1, &stopping, SFD_CLOEXEC), "signalfd");
+extern "C" void askToStop(int signal) {
+  const int error = errno;  // of whatever the signal has interrupted
+  if (isToStop.exchange(true))
+    _exit(128 + signal);
+  wakeUp();
+  errno = error;
+}
+
+void handle(int signal) {
+  struct sigaction action {};
+  action.sa_handler = askToStop;
+  sigemptyset(&action.sa_mask);
+  if (sigaction(signal, &action, nullptr) == -1)
+    throw std::system_error(errno, std::generic_category(), "sigaction");
 }
 
 }  // namespace
 
-EventQueue::EventQueue() : signals_(openSignals()), wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-  if (wakeUp_ == -1) {
-    const int error = errno;
-    close(signals_);
-    throw std::system_error(error, std::generic_category(), "eventfd");
-  }
+EventQueue::EventQueue() : wakeUp_(eventfd(0, EFD_CLOEXEC)) {
+  if (wakeUp_ == -1)
+    throw std::system_error(errno, std::generic_category(), "eventfd");
+  wakeUpDescriptor = wakeUp_;
+  handle(SIGINT);
+  handle(SIGTERM);
 }
 
 EventQueue::~EventQueue() {
-  close(signals_);
+  wakeUpDescriptor = -1;
   close(wakeUp_);
 }
 
@@ -53,29 +61,21 @@ foundation::storage::provider::ChangeCallback EventQueue::callback() {
       const std::scoped_lock lock(mutex_);
       events_.push_back({kind, watched, subject, type});
     }
-    const std::uint64_t one = 1;
-    // It fails only where more wake-ups than can be counted are under way.
-    (void)!write(wakeUp_, &one, sizeof one);
+    wakeUp();
   };
 }
 
-bool EventQueue::waitForEvents() const {
-  std::array<pollfd, 2> waited{{{signals_, POLLIN, 0}, {wakeUp_, POLLIN, 0}}};
-  while (poll(waited.data(), waited.size(), -1) == -1)
-    if (errno != EINTR)
-      throw std::system_error(errno, std::generic_category(), "poll");
-  return waited[0].revents == 0;
-}
-
 std::vector<Event> EventQueue::next() {
-  std::vector<Event> arrived;
-  while (arrived.empty() && waitForEvents()) {
+  for (;;) {
+    {
+      const std::scoped_lock lock(mutex_);
+      if (!events_.empty() || isToStop)
+        return std::exchange(events_, {});
+    }
     std::uint64_t count = 0;
-    (void)!read(wakeUp_, &count, sizeof count);
-    const std::scoped_lock lock(mutex_);
-    arrived = std::exchange(events_, {});
+    if (read(wakeUp_, &count, sizeof count) == -1 && errno != EINTR)
+      throw std::system_error(errno, std::generic_category(), "read");
   }
-  return arrived;
 }
 
 }  // namespace fstore

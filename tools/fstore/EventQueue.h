@@ -16,11 +16,11 @@ struct Event {
   foundation::storage::events::EntryType type;
 };
 
-/// Hands events from the threads that watch to the one that prints, which sleeps until there are some or a
-/// signal asks it to stop (signalfd(2), eventfd(2)).
+/// Hands events from the threads that watch to the one that prints, which sleeps until there are some or SIGINT or
+/// SIGTERM asks it to stop; a second signal ends the program at once. There is one queue in a program.
 class EventQueue {
  public:
-  /// Blocks SIGINT and SIGTERM in the calling thread. Throws `std::system_error`.
+  /// Throws `std::system_error`.
   EventQueue();
   ~EventQueue();
   EventQueue(const EventQueue&) = delete;
@@ -30,13 +30,10 @@ class EventQueue {
   foundation::storage::provider::ChangeCallback callback();
 
   /// Waits for events. Throws `std::system_error`.
-  /// @return none where a signal asked to stop
+  /// @return none where a signal asked to stop, and all that had come before was returned
   std::vector<Event> next();
 
  private:
-  bool waitForEvents() const;
-
-  int signals_;
   int wakeUp_;
   std::mutex mutex_;  ///< guards the events
   std::vector<Event> events_;

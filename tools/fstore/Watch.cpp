@@ -23,7 +23,8 @@ namespace {
 
 const std::vector<Kind> allKinds{Kind::WatchedFolderModified, Kind::WatchedFolderRemoved, Kind::EntryAdded,
                                  Kind::EntryModified, Kind::EntryRemoved};
-const std::vector<Kind> kindsOfEntries{Kind::EntryAdded, Kind::EntryModified, Kind::EntryRemoved};
+const std::vector<Kind> kindsForFiles{Kind::WatchedFolderRemoved, Kind::EntryAdded, Kind::EntryModified,
+                                      Kind::EntryRemoved};
 
 const char* nameOf(Kind kind) {
   switch (kind) {
@@ -63,9 +64,10 @@ class Subscription {
     if (!options.period && subscribe(item, callback, options))
       return;
     isPolled_ = true;
+    const bool isWholeTree = options.isRecursive && watched_ == item;
     watched_.startChangePollingMechanism(
         callback, allKinds, options.period.value_or(std::chrono::seconds(1)),
-        options.isRecursive ? RecursiveChangePolling::Recursive : RecursiveChangePolling::DirectOnly);
+        isWholeTree ? RecursiveChangePolling::Recursive : RecursiveChangePolling::DirectOnly);
   }
   ~Subscription() {
     try {
@@ -88,7 +90,7 @@ class Subscription {
             callback, allKinds,
             options.isRecursive ? RecursiveFileWatching::Recursive : RecursiveFileWatching::DirectOnly);
       else
-        item.publishFileEvents(callback, kindsOfEntries);
+        item.publishFileEvents(callback, kindsForFiles);
       return true;
     } catch (const provider::ChangeEventsNotSupportedException&) {
       return false;
@@ -110,9 +112,13 @@ bool isGone(const std::vector<Event>& events) {
                      [](const Event& event) { return event.kind == Kind::WatchedFolderRemoved; });
 }
 
-/// Of a file, whose folder is what is really looked at when a store is polled, only its own events.
+/// Of a file, whose folder is what is really looked at when a store is polled, only its own events. They spell its
+/// name in one way, whatever the argument's.
 void keepOnly(const StorageItem& file, std::vector<Event>& events) {
-  std::erase_if(events, [&](const Event& event) { return event.subject != file.getLocation(); });
+  const StorageItem entry(file.getParent(), file.getName());
+  std::erase_if(events, [&](const Event& event) {
+    return event.subject != entry.getLocation() && event.subject != file.getLocation();
+  });
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ struct WatchOptions {
 /// Prints a line for each change in a folder, or of a file, until the program is interrupted (SIGINT or
 /// SIGTERM). That what is watched goes away ends it, too, and is reported.
 ///
-/// Blocks these signals in the calling thread, and so in the threads that watch, which have to begin after it.
+/// The first such signal asks to stop, which may take until a look or a write is done; the second ends the program.
 void watch(const Session& session, const std::string& argument, const WatchOptions& options);
 
 }  // namespace fstore

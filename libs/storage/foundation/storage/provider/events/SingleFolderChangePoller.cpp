@@ -90,12 +90,12 @@ void SingleFolderChangePoller::compareEntries() const {
       compareEntry(entries->current());
     }
     publishRemoved();
+    snapshot_->finish();
   } catch (...) {
     snapshot_->abandon();
     snapshot_->own.reset();
     throw;
   }
-  snapshot_->finish();
 }
 
 void SingleFolderChangePoller::compareEntry(const FolderEntry& entry) const {

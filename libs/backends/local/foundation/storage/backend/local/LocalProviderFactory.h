@@ -37,7 +37,8 @@ namespace foundation::storage::backend::local {
 /// - Callbacks run on a thread of the provider's, one at a time. They must neither subscribe nor stop nor let go of
 ///   the provider for good: all of these wait for the callback.
 /// - A link is watched along with what it leads to, but is not descended into. Not noticed are a target that comes
-///   to be, writing through a hard link in a folder that is not watched, and what other machines do in a network
+///   to be, a link on the way to the watched folder that is led elsewhere, what lies deeper than the system's longest
+///   path, writing through a hard link in a folder that is not watched, and what other machines do in a network
 ///   file system. Writing to memory that a file is mapped to is noticed when the file is closed.
 /// - Each folder below costs one of the kernel's watches (fs.inotify.max_user_watches); without recursion, where
 ///   `EntryModified` is wanted, each direct one. So do links then, and the folders on the way to the watched one.

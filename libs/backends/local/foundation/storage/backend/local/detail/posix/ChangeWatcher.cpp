@@ -6,6 +6,7 @@
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SubscriptionFailure.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
@@ -67,13 +68,15 @@ void ChangeWatcher::watchFile(const StorageIRI& file, const provider::ChangeCall
 }
 
 void ChangeWatcher::subscribe(Key key, Reach reach, ChangePublisher publisher) {
+  std::unique_ptr<WatchedTree> gone;  // destroyed without the lock
   const std::scoped_lock lock(mutex_);
-  if (trees_.contains(key))
+  const auto known = trees_.find(key);
+  if (known != trees_.end() && !known->second->isGone())
     return;
   start(publisher.watched());
   auto tree = std::make_unique<WatchedTree>(*inotify_, std::move(publisher), key.first, reach, key.second, ending_);
   tree->begin();
-  trees_.emplace(std::move(key), std::move(tree));
+  gone = std::exchange(trees_[std::move(key)], std::move(tree));
 }
 
 void ChangeWatcher::start(const StorageIRI& location) {
@@ -95,9 +98,13 @@ void ChangeWatcher::stop(const StorageIRI& folder) {
   } catch (const provider::Exception&) {
     return;  // what cannot be watched is not watched
   }
+  std::vector<std::unique_ptr<WatchedTree>> stopped;  // and with them their callbacks, destroyed without the lock
   const std::scoped_lock lock(mutex_);
-  for (auto at = trees_.lower_bound({path, {}}); at != trees_.end() && at->first.first == path;)
+  for (auto at = trees_.lower_bound({path, {}}); at != trees_.end() && at->first.first == path;) {
+    at->second->leaveWatches();
+    stopped.push_back(std::move(at->second));
     at = trees_.erase(at);
+  }
 }
 
 void ChangeWatcher::end() noexcept {
@@ -125,7 +132,9 @@ void ChangeWatcher::run() noexcept {
 
 void ChangeWatcher::awaitEvents() {
   pollfd waiting[] = {{inotify_->descriptor(), POLLIN, 0}, {wakeUp_.get(), POLLIN, 0}};
-  if (retried([&] { return poll(waiting, std::size(waiting), -1); }) == -1)
+  constexpr int secondInMilliseconds = 1000;
+  const int timeout = mustLookAgain_ ? secondInMilliseconds : -1;
+  if (retried([&] { return poll(waiting, std::size(waiting), timeout); }) == -1)
     fail("poll");
 }
 
@@ -161,10 +170,11 @@ void ChangeWatcher::handle(const inotify_event& event, Looked& looked) {
     if (!inotify_->isUsedBy(event.wd, user))  // a look for another user has ended it
       continue;
     attempt(*user.tree, [&] { handle(event, user, hints); });
+    mustLookAgain_ = mustLookAgain_ || user.tree->isUncertain();
     isAnyGone |= user.tree->isGone();
   }
   if (isAnyGone)
-    dropGone();
+    leaveGone();
 }
 
 void ChangeWatcher::handle(const inotify_event& event, const WatchUser& user, const Hints& hints) {
@@ -181,17 +191,24 @@ void ChangeWatcher::checkTrees(Which which) {
   for (const auto& [key, tree] : trees_)
     if (which == Which::All || tree->isUncertain())
       attempt(*tree, [&tree = *tree] { tree.checkAll(); });
-  dropGone();
+  leaveGone();
+  mustLookAgain_ =
+      std::any_of(trees_.begin(), trees_.end(), [](const auto& tree) { return tree.second->isUncertain(); });
 }
 
 void ChangeWatcher::doubtAll() {
   const std::scoped_lock lock(mutex_);
   for (const auto& [key, tree] : trees_)
     tree->setUncertain();
+  mustLookAgain_ = true;
 }
 
-void ChangeWatcher::dropGone() {
-  std::erase_if(trees_, [](const auto& tree) { return tree.second->isGone(); });
+/// A subscription stays, with its callback, until somebody stops it: the callback may hold the last of a provider,
+/// which this thread could not end.
+void ChangeWatcher::leaveGone() {
+  for (const auto& [key, tree] : trees_)
+    if (tree->isGone())
+      tree->leaveWatches();
 }
 
 }  // namespace foundation::storage::backend::local::detail

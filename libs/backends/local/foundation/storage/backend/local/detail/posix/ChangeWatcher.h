@@ -76,7 +76,7 @@ class ChangeWatcher {
   enum class Which { All, Uncertain };
   void checkTrees(Which which);
   void doubtAll();
-  void dropGone();
+  void leaveGone();
 
   // The only lock here. It is held while a callback runs, so whatever a callback locks comes after it; who subscribes,
   // stops or ends must hold nothing that a callback waits for.
@@ -86,7 +86,8 @@ class ChangeWatcher {
 
   std::atomic<bool> ending_{false};
   Descriptor wakeUp_;
-  std::vector<char> buffer_;  ///< the thread's alone
+  std::vector<char> buffer_;    ///< the thread's alone
+  bool mustLookAgain_ = false;  ///< likewise: a look has failed, and is made again before long
   std::thread thread_;
 };
 

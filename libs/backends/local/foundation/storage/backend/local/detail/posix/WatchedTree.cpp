@@ -46,14 +46,17 @@ WatchedTree::WatchedTree(Inotify& inotify, ChangePublisher publisher, std::strin
       wantsTimes_(publisher_.wants(Kind::EntryModified)),
       mask_(namesMask | IN_ATTRIB | (wantsTimes_ ? contentMask : 0)) {}
 
-WatchedTree::~WatchedTree() {
+WatchedTree::~WatchedTree() { leaveWatches(); }
+
+void WatchedTree::leaveWatches() noexcept {
   leaveAll(root_);
   for (const int watch : above_)
     inotify_.leave(watch, {this, nullptr});
+  above_.clear();
 }
 
 void WatchedTree::leaveAll(WatchedFolder& folder) noexcept {
-  inotify_.leave(folder.watch, {this, &folder});
+  inotify_.leave(std::exchange(folder.watch, -1), {this, &folder});
   for (const auto& [name, entry] : folder.entries)
     if (entry.folder)
       leaveAll(*entry.folder);
@@ -104,8 +107,22 @@ void WatchedTree::checkPlace(WatchedFolder* folder) {
     inotify_.leave(watch, {});
     return end();
   }
+  watchAboveAnew();
   checkTime(root_);
   scan(root_, Depth::All);
+}
+
+/// Other folders may have come to the places above, though the watched one is where it was.
+void WatchedTree::watchAboveAnew() {
+  const auto before = std::exchange(above_, {});
+  try {
+    watchAbove();
+  } catch (...) {
+    above_.insert(above_.end(), before.begin(), before.end());
+    throw;
+  }
+  for (const int watch : before)
+    inotify_.leave(watch, {this, nullptr});
 }
 
 void WatchedTree::end() {

@@ -85,6 +85,9 @@ class WatchedTree {
   void setUncertain() noexcept { isUncertain_ = true; }
   bool isUncertain() const noexcept { return isUncertain_; }
 
+  /// Gives back all watches; nothing is noticed after that.
+  void leaveWatches() noexcept;
+
   /// Whether the watched folder has gone away. Then nothing is published any more.
   bool isGone() const noexcept { return isGone_; }
 
@@ -92,6 +95,7 @@ class WatchedTree {
   enum class Following { Not, Itself, Content };
 
   void watchAbove();
+  void watchAboveAnew();
   void watchItself();
   void leaveAll(WatchedFolder& folder) noexcept;
   void end();
