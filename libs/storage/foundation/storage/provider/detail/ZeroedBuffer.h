@@ -15,7 +15,6 @@ class ZeroedBuffer {
   ZeroedBuffer& operator=(const ZeroedBuffer&) = delete;
 
   char* data() const noexcept { return data_; }
-  std::size_t size() const noexcept { return size_; }
 
  private:
   std::size_t size_;

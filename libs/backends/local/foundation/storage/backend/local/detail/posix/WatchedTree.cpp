@@ -49,6 +49,8 @@ WatchedTree::WatchedTree(Inotify& inotify, ChangePublisher publisher, std::strin
 WatchedTree::~WatchedTree() { leaveWatches(); }
 
 void WatchedTree::leaveWatches() noexcept {
+  if (root_.watch == -1 && above_.empty())
+    return;  // without a walk through all entries: this is asked of a tree that is gone again and again
   leaveAll(root_);
   for (const int watch : above_)
     inotify_.leave(watch, {this, nullptr});
