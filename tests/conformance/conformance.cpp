@@ -1,6 +1,7 @@
 // Our back ends, what each can do, and the kit's checks over them.
 
 #include "MemoryStore.h"
+#include "support/Permissions.h"
 
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/LocalProviderFactory.h>
@@ -40,8 +41,9 @@ std::vector<BackEnd> ourBackEnds() {
        .makeSmallFolder = [](std::uint64_t bytes) { return rootOf(makeMemoryProvider(bytes)); }},
       {.name = "Local",
        .makeEmptyFolder = makeLocalFolder,
-       .capabilities = {Write, Append, RandomAccess, Wildcards, RecursiveListing, AtomicReplacement, ExclusiveCreation,
-                        AnyName, HugeFiles, ChangeEvents}},
+       .capabilities = {Write, Append, RandomAccess, Wildcards, RecursiveListing, RecursiveRemoval, AtomicCopy,
+                        AtomicReplacement, ExclusiveCreation, SetLastModified, SetWritable, StorageInfo, AnyName,
+                        HugeFiles, ChangeEvents}},
   };
 }
 
@@ -50,5 +52,6 @@ std::vector<BackEnd> ourBackEnds() {
 
 int main(int argc, char** argv) {
   using namespace foundation::storage::testing;
+  obeyPermissions();
   return runConformance(argc, argv, ourBackEnds());
 }

@@ -1,61 +1,51 @@
 // Moves that others interfere with, and moves on file systems that can do less.
 
+#include "ReplacedCalls.h"
 #include "TemporaryFolder.h"
 
-#include <foundation/core/Export.h>
-
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <latch>
 #include <string_view>
-#include <sys/syscall.h>
 #include <thread>
 #include <vector>
-
-namespace {
-
-std::atomic<bool> knowsExclusiveRename = true;
-std::atomic<const char*> busyName = nullptr;
-
-}  // namespace
-
-// These take the place of the system's for the whole test program.
-
-extern "C" FOUNDATION_EXPORT int rename(const char* from, const char* to) noexcept {
-  if (const char* name = busyName; name != nullptr && std::string_view(to).ends_with(name)) {
-    errno = EBUSY;
-    return -1;
-  }
-  return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
-}
-
-extern "C" FOUNDATION_EXPORT int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
-                                           unsigned int flags) noexcept {
-  if (!knowsExclusiveRename && flags != 0) {
-    errno = EINVAL;  // rename(2): "The filesystem does not support one of the flags"
-    return -1;
-  }
-  return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
-}
 
 namespace foundation::storage::backend::local {
 namespace {
 
 namespace fs = std::filesystem;
 
-class WithoutExclusiveRename {
- public:
-  WithoutExclusiveRename() { knowsExclusiveRename = false; }
-  ~WithoutExclusiveRename() { knowsExclusiveRename = true; }
-};
+detail::SystemCalls withRename(decltype(detail::SystemCalls::renameat) rename) {
+  auto calls = detail::realSystemCalls;
+  calls.renameat = rename;
+  return calls;
+}
 
-/// Nothing can be renamed to paths that end like this one.
-class WithBusyName {
- public:
-  explicit WithBusyName(const char* name) { busyName = name; }
-  ~WithBusyName() { busyName = nullptr; }
-};
+int failWith(int error) {
+  errno = error;
+  return -1;
+}
+
+/// Nothing can be renamed to names that end in "names/b".
+const auto withBusyName =
+    withRename([](int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+      return std::string_view(to).ends_with("names/b")
+                 ? failWith(EBUSY)
+                 : detail::realSystemCalls.renameat(fromFolder, from, toFolder, to, flags);
+    });
+
+/// rename(2): "The filesystem does not support one of the flags".
+const auto withoutExclusiveRename =
+    withRename([](int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+      return flags != 0 ? failWith(EINVAL) : detail::realSystemCalls.renameat(fromFolder, from, toFolder, to, flags);
+    });
+
+const auto withBusyNameOnly =
+    withRename([](int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+      return std::string_view(to).ends_with("names/b")
+                 ? failWith(EBUSY)
+                 : withoutExclusiveRename.renameat(fromFolder, from, toFolder, to, flags);
+    });
 
 class MoveTest : public LocalTest {
  protected:
@@ -107,14 +97,13 @@ TEST_F(MoveTest, NeverLosesTheLastNameOfAFile) {
 
 TEST_F(MoveTest, GivesTheNameBackWhereTheOtherCannotBeReplaced) {
   makeHardLinks({"a", "b"});
-  const WithBusyName mountPoint("/b");
   const auto target = child(u"names/b").getLocation();
-  const auto move = [&] { child(u"names/a").moveFile(target, ReplacementPolicy::Overwrite); };
-  EXPECT_EQ(codeThrownAt(target, move), ErrorCode::ResourceInUse);
-  EXPECT_EQ(namesIn("names"), (std::vector<std::string>{"a", "b"}));
-  const WithoutExclusiveRename old;
-  EXPECT_EQ(codeThrownAt(target, move), ErrorCode::ResourceInUse);
-  EXPECT_EQ(namesIn("names"), (std::vector<std::string>{"a", "b"}));
+  for (const auto& calls : {withBusyName, withBusyNameOnly}) {
+    const ReplacedCalls replaced(calls);
+    EXPECT_EQ(codeThrownAt(target, [&] { child(u"names/a").moveFile(target, ReplacementPolicy::Overwrite); }),
+              ErrorCode::ResourceInUse);
+    EXPECT_EQ(namesIn("names"), (std::vector<std::string>{"a", "b"}));
+  }
 }
 
 /// In a sticky folder others' files can neither be replaced nor removed.
@@ -156,7 +145,7 @@ TEST_F(StickyFolderTest, NeedsOnlyTheFolderOfTheSource) {
 }
 
 TEST_F(StickyFolderTest, LeavesNoSecondNameWhereTheFirstCannotBeRemoved) {
-  const WithoutExclusiveRename old;
+  const ReplacedCalls old(withoutExclusiveRename);
   const auto target = child(u"open/file");
   {
     const WithoutPrivileges user;
@@ -168,7 +157,7 @@ TEST_F(StickyFolderTest, LeavesNoSecondNameWhereTheFirstCannotBeRemoved) {
 }
 
 TEST_F(MoveTest, ReplacesNothingWithoutAnExclusiveRenameEither) {
-  const WithoutExclusiveRename old;
+  const ReplacedCalls old(withoutExclusiveRename);
   put("file", "content");
   put("taken", "other");
   fs::create_directory(native("folder"));

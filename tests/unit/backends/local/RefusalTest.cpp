@@ -57,7 +57,7 @@ TEST_F(RefusalTest, EveryOperationNamesTheLocationAndTheReason) {
        ErrorCode::InvalidLocation},
       {deepPath,
        {read, write, replace, list, size, time, makeFile, makeFolder, removeFile},
-       ErrorCode::InvalidLocation},
+       ErrorCode::ResourceNotFound},
       {u"loop", {read, write, replace, list, size, time}, ErrorCode::InvalidLocation},
       {u"to-folder", {write, replace}, ErrorCode::InvalidLocation},
       {u"to-nowhere", {write, replace}, ErrorCode::ResourceNotFound},

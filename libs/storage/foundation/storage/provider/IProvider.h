@@ -37,9 +37,6 @@ class PollingChangeEventsDetector;
 /// Compares two names or paths; true where they name the same thing under the given rule of case.
 using PathComparator = std::function<bool(const std::u16string&, const std::u16string&, CaseModifier)>;
 
-/// Asked between the steps of a long copy; answers whether to go on.
-using InterruptCallback = std::function<InterruptSignal()>;
-
 /// One store: answers all operations on files and folders for the locations that it serves. Providers
 /// come from factories and are shared; most programs use them through `StorageItem`.
 ///

@@ -3,6 +3,7 @@
 #include <foundation/core/Export.h>
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 
 namespace foundation::storage::provider {
@@ -15,5 +16,8 @@ enum class InterruptSignal : std::int32_t {
 
 /// Writes "InterruptSignal::Continue" and the like; nothing for any other number.
 FOUNDATION_EXPORT std::ostream& operator<<(std::ostream& out, const InterruptSignal& signal);
+
+/// Asked between the steps of a long copy; answers whether to go on.
+using InterruptCallback = std::function<InterruptSignal()>;
 
 }  // namespace foundation::storage::provider

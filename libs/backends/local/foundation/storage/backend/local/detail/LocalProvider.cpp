@@ -1,25 +1,35 @@
 #include <foundation/storage/backend/local/detail/LocalProvider.h>
 
+#include <fl/i18n/Case.h>
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Attributes.h>
+#include <foundation/storage/backend/local/detail/posix/CaseRule.h>
 #include <foundation/storage/backend/local/detail/posix/Copy.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/FolderListing.h>
+#include <foundation/storage/backend/local/detail/posix/FolderRemoval.h>
 #include <foundation/storage/backend/local/detail/posix/LocalByteStream.h>
 #include <foundation/storage/backend/local/detail/posix/Move.h>
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
-#include <foundation/storage/backend/local/detail/posix/RealPath.h>
 #include <foundation/storage/backend/local/detail/posix/RecursiveListing.h>
+#include <foundation/storage/backend/local/detail/posix/Replacement.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
-#include <foundation/storage/backend/local/detail/posix/ScratchFile.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/TransactionTarget.h>
+#include <foundation/storage/backend/local/detail/posix/Xattrs.h>
 #include <foundation/storage/backend/support/FilteredListing.h>
+#include <foundation/storage/backend/support/InvalidOptionException.h>
+#include <foundation/storage/backend/support/Options.h>
+#include <foundation/storage/provider/ChangeEventsNotSupportedException.h>
 #include <foundation/storage/provider/FailureConversion.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
 #include <foundation/storage/provider/ScratchFiles.h>
+
+#include <boost/date_time/gregorian/greg_date.hpp>
+#include <boost/date_time/posix_time/posix_time_duration.hpp>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -50,28 +60,61 @@ int openFlags(const ByteStreamOpenOptions& options) {
          (options.append == ByteStreamAppend::Append ? O_APPEND : 0);
 }
 
-std::unique_ptr<ByteStream> openStreamWith(const provider::StorageIRI& location, int flags) {
-  return std::make_unique<LocalByteStream>(openFile(location, flags).descriptor, location);
+std::unique_ptr<ByteStream> openStreamWith(const FileSystem& files, const provider::StorageIRI& location, int flags) {
+  return std::make_unique<LocalByteStream>(openFile(files, location, flags).descriptor, location);
 }
 
-std::unique_ptr<FolderListing> list(const provider::StorageIRI& location, EntryFilter filter, EntryDetail detail) {
-  return std::make_unique<FolderListing>(location, filter, detail);
+Place placeOf(const FileSystem& files, const provider::StorageIRI& location, const char* call) {
+  auto place = files.place(nativePath(location));
+  if (!place)
+    throw systemFailure(errno, call, location);
+  return *std::move(place);
 }
 
-provider::IProvider::Listing filtered(provider::IProvider::Listing listing, const std::u16string& wildcard) {
-  return std::make_unique<support::FilteredListing>(std::move(listing), support::Wildcard(wildcard));
+/// What is at `location`, for system calls that take nothing but a path.
+Reached reach(const FileSystem& files, const provider::StorageIRI& location) {
+  auto reached = files.reach(nativePath(location), Links::Follow);
+  if (!reached)
+    throw systemFailure(errno, "open", location);
+  return *std::move(reached);
 }
 
-ExistenceTypeExtended typeBehindLink(const provider::StorageIRI& location, const std::string& path) {
-  const auto status = findStatus(location, path);
+ExistenceTypeExtended typeBehindLink(const FileSystem& files, const provider::StorageIRI& location,
+                                     const std::string& path) {
+  const auto status = findStatusBehindLink(files, location, path);
   if (!status)
     return ExistenceTypeExtended::BrokenSymlink;
   return S_ISDIR(status->st_mode) ? ExistenceTypeExtended::SymlinkToFolder : ExistenceTypeExtended::SymlinkToFile;
 }
 
-OpenFile openForTruncation(const provider::StorageIRI& location) {
+timespec toSystemTime(const boost::posix_time::ptime& time) {
+  static const boost::posix_time::ptime epoch(boost::gregorian::date(1970, 1, 1));
+  constexpr std::int64_t second = 1'000'000;
+  const auto microseconds = (time - epoch).total_microseconds();
+  const auto rest = (microseconds % second + second) % second;
+  return {(microseconds - rest) / second, rest * 1000};
+}
+
+/// The kernel follows links on its own terms, so that a confined provider can only be polled for changes.
+void requireWhole(const FileSystem& files, const provider::StorageIRI& location) {
+  if (!files.isWhole())
+    throw provider::ChangeEventsNotSupportedException(location);
+}
+
+std::shared_ptr<const FileSystem> fileSystemFor(const std::optional<std::string>& root, bool followsLinks) {
+  if (!root && followsLinks)
+    return wholeFileSystem();
+  if (root && !root->starts_with('/'))
+    throw support::InvalidOptionException("root", "\"" + *root + "\" is no absolute path");
+  auto confined = confinedFileSystem(root.value_or("/"), followsLinks);
+  if (!confined)
+    throw support::InvalidOptionException("root", "\"" + *root + "\" cannot be opened: " + systemMessage(errno));
+  return confined;
+}
+
+OpenFile openForTruncation(const FileSystem& files, const provider::StorageIRI& location) {
   try {
-    return openFile(location, O_WRONLY);
+    return openFile(files, location, O_WRONLY);
   } catch (const provider::ByteStreamFailure& failure) {
     throw provider::toException(failure, location);
   }
@@ -88,10 +131,26 @@ LocalProvider::~LocalProvider() {
   changes_.end();  // callbacks may still use this object
 }
 
+Configuration LocalProvider::configuration() const {
+  const std::scoped_lock lock(mutex_);
+  return configuration_;
+}
+
+void LocalProvider::doConfigure(boost::property_tree::ptree configuration) {
+  support::Options options(std::move(configuration));
+  const auto root = options.takeText("root");
+  const auto followsLinks = options.takeFlag("follow-links");
+  const auto isDurable = options.takeFlag("durable");
+  const auto hidesScratchFiles = options.takeFlag("hide-scratch-files");
+  options.requireNoMore();
+  Configuration next{fileSystemFor(root, followsLinks.value_or(true)), isDurable.value_or(false),
+                     hidesScratchFiles.value_or(false)};
+  const std::scoped_lock lock(mutex_);
+  configuration_ = std::move(next);
+}
+
 void LocalProvider::doCreateFile(const StorageIRI& location) const {
-  const auto path = nativePath(location);
-  constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-  Descriptor file(retried([&] { return open(path.c_str(), flags, 0666); }));
+  auto file = files()->open(nativePath(location), O_WRONLY | O_CREAT | O_EXCL, 0666);
   if (!file.isOpen())
     throw systemFailure(errno, "open", location);
   if (const int error = file.close())
@@ -99,7 +158,8 @@ void LocalProvider::doCreateFile(const StorageIRI& location) const {
 }
 
 void LocalProvider::doCreateFolder(const StorageIRI& location) const {
-  if (mkdir(nativePath(location).c_str(), 0777) == -1)
+  const auto place = placeOf(*files(), location, "mkdir");
+  if (sys().mkdirat(place.folder, place.name.c_str(), 0777) == -1)
     throw systemFailure(errno, "mkdir", location);
 }
 
@@ -112,148 +172,157 @@ bool LocalProvider::doFolderExists(const StorageIRI& location) const {
 }
 
 void LocalProvider::doRemoveFile(const StorageIRI& location) const {
-  if (unlink(nativePath(location).c_str()) == -1)
+  const auto place = placeOf(*files(), location, "unlink");
+  if (sys().unlinkat(place.folder, place.name.c_str(), 0) == -1)
     throw systemFailure(errno, "unlink", location);
 }
 
 void LocalProvider::doMoveFile(const StorageIRI& source, const StorageIRI& destination,
                                const ReplacementPolicy& policy) const {
-  moveEntry(source, destination, policy, MovedEntry::File);
+  moveEntry(*files(), source, destination, policy, MovedEntry::File);
 }
 
 void LocalProvider::doRemoveFolder(const StorageIRI& location) const {
-  if (rmdir(nativePath(location).c_str()) == -1)
+  const auto place = placeOf(*files(), location, "rmdir");
+  if (sys().unlinkat(place.folder, place.name.c_str(), AT_REMOVEDIR) == -1)
     throw systemFailure(errno == EEXIST ? ENOTEMPTY : errno, "rmdir", location);
+}
+
+void LocalProvider::doRemoveFolderRecursively(const StorageIRI& location) const {
+  removeFolderTree(*files(), location, nativePath(location));
 }
 
 void LocalProvider::doMoveFolder(const StorageIRI& source, const StorageIRI& destination,
                                  const ReplacementPolicy& policy) const {
-  moveEntry(source, destination, policy, MovedEntry::Folder);
+  moveEntry(*files(), source, destination, policy, MovedEntry::Folder);
 }
 
 provider::FileAttributes LocalProvider::doGetFileAttributes(const StorageIRI& location) const {
-  const auto path = nativePath(location);
-  const auto status = requireStatus(location, path);
+  const EntryQuestion entry{files(), nativePath(location)};
+  const auto status = requireStatus(*entry.files, location, entry.path);
   if (S_ISDIR(status.st_mode))
     throw systemFailure(EISDIR, "stat", location);
-  auto attributes = fileAttributes(status, path);
-  return attributes.withHiddenAttribute(isHidden(path)).withSymlinkStatusAttribute(linkQuestion(path));
+  auto attributes = fileAttributes(status, entry);
+  return attributes.withHiddenAttribute(isHidden(entry.path)).withSymlinkStatusAttribute(linkQuestion(entry));
 }
 
 provider::FolderAttributes LocalProvider::doGetFolderAttributes(const StorageIRI& location) const {
-  const auto path = nativePath(location);
-  const auto status = requireStatus(location, path);
+  const EntryQuestion entry{files(), nativePath(location)};
+  const auto status = requireStatus(*entry.files, location, entry.path);
   if (!S_ISDIR(status.st_mode))
     throw systemFailure(ENOTDIR, "stat", location);
-  auto attributes = folderAttributes(status, path);
-  return attributes.withHiddenAttribute(isHidden(path)).withSymlinkStatusAttribute(linkQuestion(path));
+  auto attributes = folderAttributes(status, entry);
+  return attributes.withHiddenAttribute(isHidden(entry.path)).withSymlinkStatusAttribute(linkQuestion(entry));
 }
 
 std::unique_ptr<ByteStream> LocalProvider::doOpenStream(const StorageIRI& location,
                                                         const ByteStreamOpenOptions& options) const {
-  return openStreamWith(location, openFlags(options));
+  return openStreamWith(*files(), location, openFlags(options));
 }
 
 std::unique_ptr<ByteStream> LocalProvider::doOpenReadOnlyStream(const StorageIRI& location) const {
-  return openStreamWith(location, O_RDONLY);
+  return openStreamWith(*files(), location, O_RDONLY);
 }
 
 std::unique_ptr<TransactionalStream> LocalProvider::doOpenTransactionalStream(
     const StorageIRI& location, const ByteStreamOpenOptions& options) const {
-  const auto target = findTransactionTarget(location);
-  const StorageIRI scratchLocation(target.location.getParent(), provider::makeScratchName());
-  ScratchFile scratch(scratchLocation, openFlags(options), target.permissions);
-  auto bytes = std::make_unique<LocalByteStream>(scratch.takeDescriptor(), scratchLocation);
+  auto settings = configuration();
+  auto target = findTransactionTarget(*settings.files, location);
+  const auto scratch = std::make_shared<Replacement>(std::move(settings), std::move(target), openFlags(options));
+  auto bytes = std::make_unique<LocalByteStream>(scratch->descriptor(), scratch->scratchLocation());
   const bool isReadable = options.access == ByteStreamAccess::ReadWrite;
   std::shared_ptr<ByteStream> stream = std::make_shared<provider::SafeByteStream>(std::move(bytes), isReadable, true);
-  const auto finish = [this, scratchLocation, destination = target.location](const StreamClosePolicy& policy) {
+  const auto finish = [scratch](const StreamClosePolicy& policy) {
     if (policy == StreamClosePolicy::Commit)
-      doMoveFile(scratchLocation, destination, ReplacementPolicy::Overwrite);
+      scratch->commit(ReplacementPolicy::Overwrite);
     else
-      doRemoveFile(scratchLocation);
+      scratch->abort();
   };
-  using Transaction = provider::GenericTransactionalStream<ByteStream>;
-  auto transaction = std::make_unique<Transaction>(std::move(stream), finish);
-  scratch.keep();  // it is the transaction's to end
-  return transaction;
+  return std::make_unique<provider::GenericTransactionalStream<ByteStream>>(std::move(stream), finish);
+}
+
+LocalProvider::Listing LocalProvider::filtered(const StorageIRI& location, Listing listing,
+                                               const std::u16string& wildcard) const {
+  const auto rule = caseRuleAt(*files(), nativePath(location));
+  return std::make_unique<support::FilteredListing>(std::move(listing), support::Wildcard(wildcard, rule));
 }
 
 LocalProvider::Listing LocalProvider::doListAll(const StorageIRI& location) const {
-  return list(location, EntryFilter::All, EntryDetail::Attributes);
+  return std::make_unique<FolderListing>(configuration(), location, EntryFilter::All, EntryDetail::Attributes);
 }
 
 LocalProvider::Listing LocalProvider::doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const {
-  return filtered(doListAll(location), wildcard);
+  return filtered(location, doListAll(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListFiles(const StorageIRI& location) const {
-  return list(location, EntryFilter::Files, EntryDetail::Attributes);
+  return std::make_unique<FolderListing>(configuration(), location, EntryFilter::Files, EntryDetail::Attributes);
 }
 
 LocalProvider::Listing LocalProvider::doListFilesWildcards(const StorageIRI& location, std::u16string wildcard) const {
-  return filtered(doListFiles(location), wildcard);
+  return filtered(location, doListFiles(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListFolders(const StorageIRI& location) const {
-  return list(location, EntryFilter::Folders, EntryDetail::Attributes);
+  return std::make_unique<FolderListing>(configuration(), location, EntryFilter::Folders, EntryDetail::Attributes);
 }
 
 LocalProvider::Listing LocalProvider::doListFoldersWildcards(const StorageIRI& location,
                                                              std::u16string wildcard) const {
-  return filtered(doListFolders(location), wildcard);
+  return filtered(location, doListFolders(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListAllNamesOnly(const StorageIRI& location) const {
-  return list(location, EntryFilter::All, EntryDetail::NamesOnly);
+  return std::make_unique<FolderListing>(configuration(), location, EntryFilter::All, EntryDetail::NamesOnly);
 }
 
 LocalProvider::Listing LocalProvider::doListAllNamesOnlyWildcards(const StorageIRI& location,
                                                                   std::u16string wildcard) const {
-  return filtered(doListAllNamesOnly(location), wildcard);
+  return filtered(location, doListAllNamesOnly(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListFoldersNamesOnly(const StorageIRI& location) const {
-  return list(location, EntryFilter::Folders, EntryDetail::NamesOnly);
+  return std::make_unique<FolderListing>(configuration(), location, EntryFilter::Folders, EntryDetail::NamesOnly);
 }
 
 LocalProvider::Listing LocalProvider::doListFoldersNamesOnlyWildcards(const StorageIRI& location,
                                                                       std::u16string wildcard) const {
-  return filtered(doListFoldersNamesOnly(location), wildcard);
+  return filtered(location, doListFoldersNamesOnly(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListFilesNamesOnly(const StorageIRI& location) const {
-  return list(location, EntryFilter::Files, EntryDetail::NamesOnly);
+  return std::make_unique<FolderListing>(configuration(), location, EntryFilter::Files, EntryDetail::NamesOnly);
 }
 
 LocalProvider::Listing LocalProvider::doListFilesNamesOnlyWildcards(const StorageIRI& location,
                                                                     std::u16string wildcard) const {
-  return filtered(doListFilesNamesOnly(location), wildcard);
+  return filtered(location, doListFilesNamesOnly(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListAllRecursive(const StorageIRI& location) const {
-  return std::make_unique<RecursiveListing>(location, EntryDetail::Attributes);
+  return std::make_unique<RecursiveListing>(configuration(), location, EntryDetail::Attributes);
 }
 
 LocalProvider::Listing LocalProvider::doListAllRecursiveWildcards(const StorageIRI& location,
                                                                   std::u16string wildcard) const {
-  return filtered(doListAllRecursive(location), wildcard);
+  return filtered(location, doListAllRecursive(location), wildcard);
 }
 
 LocalProvider::Listing LocalProvider::doListAllRecursiveNamesOnly(const StorageIRI& location) const {
-  return std::make_unique<RecursiveListing>(location, EntryDetail::NamesOnly);
+  return std::make_unique<RecursiveListing>(configuration(), location, EntryDetail::NamesOnly);
 }
 
 LocalProvider::Listing LocalProvider::doListAllRecursiveNamesOnlyWildcards(const StorageIRI& location,
                                                                            std::u16string wildcard) const {
-  return filtered(doListAllRecursiveNamesOnly(location), wildcard);
+  return filtered(location, doListAllRecursiveNamesOnly(location), wildcard);
 }
 
 void LocalProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const {
-  auto file = openForTruncation(location);
+  auto file = openForTruncation(*files(), location);
   if (newSize > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()))
     throw systemFailure(EFBIG, "ftruncate", location);
   const auto size = static_cast<off_t>(newSize);
-  if (retried([&] { return ftruncate(file.descriptor.get(), size); }) == -1)
+  if (retried([&] { return sys().ftruncate(file.descriptor.get(), size); }) == -1)
     throw systemFailure(errno, "ftruncate", location);
   if (const int error = file.descriptor.close())
     throw systemFailure(error, "close", location);
@@ -261,15 +330,86 @@ void LocalProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t n
 
 void LocalProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destination,
                                const ReplacementPolicy& policy) const {
-  copyContent(source, destination, policy);
+  detail::copyFile(*files(), source, destination, policy);
+}
+
+provider::TransactionStatus LocalProvider::doCopyFileAtomic(
+    const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy,
+    const provider::InterruptCallback& interruptCallback) const {
+  return copyFileAtomically(configuration(), source, destination, policy, interruptCallback);
+}
+
+void LocalProvider::doSetLastModified(const StorageIRI& location, const boost::posix_time::ptime& time) const {
+  if (time.is_special())
+    throw refusal(provider::ErrorCode::UnsupportedOperation, location, u"This is no point in time");
+  const auto reached = reach(*files(), location);
+  const timespec times[] = {{0, UTIME_OMIT}, toSystemTime(time)};
+  if (sys().utimensat(AT_FDCWD, reached.path.c_str(), times, 0) == -1)
+    throw systemFailure(errno, "utimensat", location);
+}
+
+void LocalProvider::doSetWritable(const StorageIRI& location, bool writable) const {
+  constexpr mode_t ofOwner = 0200;
+  constexpr mode_t ofAll = 0222;
+  const auto view = files();
+  const auto status = requireStatus(*view, location, nativePath(location));
+  const auto reached = reach(*view, location);
+  const mode_t mode = status.st_mode & 07777;
+  if (sys().chmod(reached.path.c_str(), writable ? mode | ofOwner : mode & ~ofAll) == -1)
+    throw systemFailure(errno, "chmod", location);
+}
+
+bool LocalProvider::doHasFeature(const provider::ExtendedFeature& feature) const {
+  return feature == provider::ExtendedFeature::RecursiveFolderRemoval ||
+         feature == provider::ExtendedFeature::AtomicFileCopy;
+}
+
+provider::PathComparator LocalProvider::doGetPathComparator(const StorageIRI& location) const {
+  using provider::CaseModifier;
+  return [rule = caseRuleAt(*files(), nativePath(location))](const std::u16string& a, const std::u16string& b,
+                                                             CaseModifier modifier) {
+    if ((modifier == CaseModifier::None ? rule : modifier) != CaseModifier::InSensitive)
+      return a == b;
+    const fl::i18n::to_lower lower;
+    return fl::i18n::detail::transform(a, lower) == fl::i18n::detail::transform(b, lower);
+  };
+}
+
+provider::FilenameSensitivity LocalProvider::doGetFilenameSensitivity(const StorageIRI& location) const {
+  const bool isSensitive = caseRuleAt(*files(), nativePath(location)) == provider::CaseModifier::Sensitive;
+  return {.isCaseSensitive = isSensitive, .isCasePreserving = true};
+}
+
+provider::ExtendedAttributes LocalProvider::doGetExtendedAttributes(const StorageIRI& location) const {
+  const auto reached = reach(*files(), location);
+  std::map<std::string, boost::any> attributes;
+  for (const auto& name : attributeNames(reached.path, location)) {
+    auto value = name.starts_with("user.") ? attributeValue(reached.path, name, location) : std::nullopt;
+    if (value)
+      attributes.emplace(name, *std::move(value));
+  }
+  return provider::ExtendedAttributes(std::move(attributes));
+}
+
+provider::ProviderStorageInfo LocalProvider::doGetProviderStorageInfo(const StorageIRI& location) const {
+  const auto reached = reach(*files(), location);
+  struct statvfs status;
+  if (retried([&] { return sys().statvfs(reached.path.c_str(), &status); }) == -1)
+    throw systemFailure(errno, "statvfs", location);
+  return provider::ProviderStorageInfo()
+      .withStorageCapacity(status.f_blocks * status.f_frsize)
+      .withSpaceOccupied((status.f_blocks - status.f_bfree) * status.f_frsize);
 }
 
 provider::StorageIRI LocalProvider::doGetCanonicalLocation(const StorageIRI& location) const {
-  return toLocation(location, realPath(location, nativePath(location)));
+  const auto path = files()->canonical(nativePath(location));
+  if (!path)
+    throw systemFailure(errno, "realpath", location);
+  return toLocation(location, *path);
 }
 
 ExistenceType LocalProvider::doExists(const StorageIRI& location) const {
-  const auto status = findStatus(location, nativePath(location));
+  const auto status = findStatus(*files(), location, nativePath(location), Links::Follow);
   if (!status)
     return ExistenceType::AsNeither;
   return S_ISDIR(status->st_mode) ? ExistenceType::AsFolder : ExistenceType::AsFile;
@@ -277,29 +417,32 @@ ExistenceType LocalProvider::doExists(const StorageIRI& location) const {
 
 ExistenceTypeExtended LocalProvider::doExistsExtended(const StorageIRI& location) const {
   const auto path = nativePath(location);
-  const auto status = findLinkStatus(location, path);
+  const auto view = files();
+  const auto status = findStatus(*view, location, path, Links::Keep);
   if (!status)
     return ExistenceTypeExtended::None;
   if (S_ISLNK(status->st_mode))
-    return typeBehindLink(location, path);
+    return typeBehindLink(*view, location, path);
   if (S_ISDIR(status->st_mode))
     return ExistenceTypeExtended::RegularFolder;
   return S_ISREG(status->st_mode) ? ExistenceTypeExtended::RegularFile : ExistenceTypeExtended::SpecialFile;
 }
 
 std::u16string LocalProvider::doGetFileIdentity(const StorageIRI& location) const {
-  const auto status = requireStatus(location, nativePath(location));
+  const auto status = requireStatus(*files(), location, nativePath(location));
   return fl::i18n::to_ustring("local:" + std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino));
 }
 
 void LocalProvider::doPublishFolderEventsFor(const StorageIRI& location, const provider::ChangeCallback& callback,
                                              const std::vector<events::Kind>& kinds,
                                              provider::RecursiveFileWatching recursion) const {
+  requireWhole(*files(), location);
   changes_.watchFolder(location, callback, kinds, recursion);
 }
 
 void LocalProvider::doPublishFileEventsFor(const StorageIRI& location, const provider::ChangeCallback& callback,
                                            const std::vector<events::Kind>& kinds) const {
+  requireWhole(*files(), location);
   changes_.watchFile(location, callback, kinds);
 }
 

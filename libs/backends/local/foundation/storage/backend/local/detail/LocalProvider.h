@@ -1,14 +1,17 @@
 #pragma once
 
 #include <foundation/storage/backend/local/detail/posix/ChangeWatcher.h>
-#include <foundation/storage/provider/IProvider.h>
+#include <foundation/storage/backend/local/detail/posix/Configuration.h>
+#include <foundation/storage/provider/IConfigurableProvider.h>
 #include <foundation/storage/provider/extensions/IFileIdentity.h>
+
+#include <mutex>
 
 namespace foundation::storage::backend::local::detail {
 
-/// The local file system; `LocalProviderFactory` says how it behaves. It has no state but its
-/// subscriptions to change events, so any number of threads may use it.
-class LocalProvider final : public provider::IProvider, public provider::extensions::IFileIdentity {
+/// The local file system; `LocalProviderFactory` says how it behaves. It has no state but its configuration and its
+/// subscriptions to change events; any number of threads may use it, also while it is configured.
+class LocalProvider final : public provider::IConfigurableProvider, public provider::extensions::IFileIdentity {
  public:
   LocalProvider();
   ~LocalProvider() override;
@@ -23,10 +26,10 @@ class LocalProvider final : public provider::IProvider, public provider::extensi
   bool doFileExists(const StorageIRI& location) const override;
   bool doFolderExists(const StorageIRI& location) const override;
   void doRemoveFile(const StorageIRI& location) const override;
-  /// Throws `UnsupportedOperation` where the destination is on another file system.
   void doMoveFile(const StorageIRI& source, const StorageIRI& destination,
                   const ReplacementPolicy& policy) const override;
   void doRemoveFolder(const StorageIRI& location) const override;
+  void doRemoveFolderRecursively(const StorageIRI& location) const override;
   /// An existing destination is replaced only if it is an empty folder.
   void doMoveFolder(const StorageIRI& source, const StorageIRI& destination,
                     const ReplacementPolicy& policy) const override;
@@ -60,6 +63,17 @@ class LocalProvider final : public provider::IProvider, public provider::extensi
   /// Refuses to copy a file onto itself with `InvalidLocation`.
   void doCopyFile(const StorageIRI& source, const StorageIRI& destination,
                   const ReplacementPolicy& policy) const override;
+  provider::TransactionStatus doCopyFileAtomic(const StorageIRI& source, const StorageIRI& destination,
+                                               const ReplacementPolicy& policy,
+                                               const provider::InterruptCallback& interruptCallback) const override;
+  void doSetLastModified(const StorageIRI& location, const boost::posix_time::ptime& time) const override;
+  /// Gives the owner the permission to write, or takes it from everybody.
+  void doSetWritable(const StorageIRI& location, bool writable) const override;
+  bool doHasFeature(const provider::ExtendedFeature& feature) const override;
+  provider::PathComparator doGetPathComparator(const StorageIRI& location) const override;
+  provider::FilenameSensitivity doGetFilenameSensitivity(const StorageIRI& location) const override;
+  provider::ExtendedAttributes doGetExtendedAttributes(const StorageIRI& location) const override;
+  provider::ProviderStorageInfo doGetProviderStorageInfo(const StorageIRI& location) const override;
   StorageIRI doGetCanonicalLocation(const StorageIRI& location) const override;
   provider::ExistenceType doExists(const StorageIRI& location) const override;
   provider::ExistenceTypeExtended doExistsExtended(const StorageIRI& location) const override;
@@ -71,6 +85,14 @@ class LocalProvider final : public provider::IProvider, public provider::extensi
                               const std::vector<events::Kind>& kinds) const override;
   void doStopPublishingEventsFor(const StorageIRI& location) const override;
 
+  void doConfigure(boost::property_tree::ptree configuration) override;
+
+  Configuration configuration() const;
+  std::shared_ptr<const FileSystem> files() const { return configuration().files; }
+  Listing filtered(const StorageIRI& location, Listing listing, const std::u16string& wildcard) const;
+
+  mutable std::mutex mutex_;     ///< guards the next one
+  Configuration configuration_;  ///< an operation takes a copy and works with that
   mutable ChangeWatcher changes_;
 };
 

@@ -1,5 +1,7 @@
 #include <foundation/storage/backend/local/detail/posix/Attributes.h>
 
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+
 #include <boost/date_time/gregorian/greg_date.hpp>
 #include <boost/date_time/posix_time/posix_time_duration.hpp>
 
@@ -13,8 +15,11 @@ namespace posix_time = boost::posix_time;
 
 namespace {
 
-std::function<bool()> accessQuestion(std::string path, int mode) {
-  return [path = std::move(path), mode] { return faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0; };
+std::function<bool()> accessQuestion(EntryQuestion question, int mode) {
+  return [question = std::move(question), mode] {
+    const auto reached = question.files->reach(question.path, Links::Follow);
+    return reached && sys().faccessat(AT_FDCWD, reached->path.c_str(), mode, AT_EACCESS) == 0;
+  };
 }
 
 }  // namespace
@@ -28,18 +33,19 @@ posix_time::ptime toTime(const timespec& time) {
   return epoch + posix_time::seconds(time.tv_sec) + posix_time::microseconds(time.tv_nsec / 1000);
 }
 
-provider::FileAttributes fileAttributes(const struct stat& status, std::string path) {
-  return {static_cast<std::uint64_t>(status.st_size), toTime(status.st_mtim), accessQuestion(std::move(path), W_OK)};
+provider::FileAttributes fileAttributes(const struct stat& status, EntryQuestion question) {
+  return {static_cast<std::uint64_t>(status.st_size), toTime(status.st_mtim),
+          accessQuestion(std::move(question), W_OK)};
 }
 
-provider::FolderAttributes folderAttributes(const struct stat& status, std::string path) {
-  return {toTime(status.st_mtim), accessQuestion(std::move(path), W_OK | X_OK)};
+provider::FolderAttributes folderAttributes(const struct stat& status, EntryQuestion question) {
+  return {toTime(status.st_mtim), accessQuestion(std::move(question), W_OK | X_OK)};
 }
 
-std::function<bool()> linkQuestion(std::string path) {
-  return [path = std::move(path)] {
+std::function<bool()> linkQuestion(EntryQuestion question) {
+  return [question = std::move(question)] {
     struct stat status;
-    return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    return question.files->status(question.path, Links::Keep, status) == 0 && S_ISLNK(status.st_mode);
   };
 }
 

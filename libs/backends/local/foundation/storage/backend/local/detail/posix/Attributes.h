@@ -1,11 +1,13 @@
 #pragma once
 
+#include <foundation/storage/backend/local/detail/posix/FileSystem.h>
 #include <foundation/storage/provider/FileAttributes.h>
 #include <foundation/storage/provider/FolderAttributes.h>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 
@@ -18,13 +20,19 @@ boost::posix_time::ptime toTime(const timespec& time);
 /// Whether an entry is hidden by its name.
 inline bool isHiddenName(const std::string& name) { return name.starts_with('.'); }
 
-/// What the system says of the entry at `path`, in the system's bytes. What costs another system call is
+/// An entry that may be asked about later.
+struct EntryQuestion {
+  std::shared_ptr<const FileSystem> files;
+  std::string path;
+};
+
+/// What the system says of an entry. What costs another system call is
 /// asked on demand: whether the effective user may write the file, or change the folder's entries
 /// (false where that cannot be found out). Whether the name is hidden or a link is for the caller to add.
-provider::FileAttributes fileAttributes(const struct stat& status, std::string path);
-provider::FolderAttributes folderAttributes(const struct stat& status, std::string path);
+provider::FileAttributes fileAttributes(const struct stat& status, EntryQuestion question);
+provider::FolderAttributes folderAttributes(const struct stat& status, EntryQuestion question);
 
-/// Whether `path` names a link, asked on demand.
-std::function<bool()> linkQuestion(std::string path);
+/// Whether it is a link, asked on demand.
+std::function<bool()> linkQuestion(EntryQuestion question);
 
 }  // namespace foundation::storage::backend::local::detail

@@ -5,6 +5,7 @@
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SubscriptionFailure.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -82,7 +83,7 @@ void ChangeWatcher::subscribe(Key key, Reach reach, ChangePublisher publisher) {
 void ChangeWatcher::start(const StorageIRI& location) {
   if (thread_.joinable())
     return;
-  Descriptor wakeUp(eventfd(0, EFD_CLOEXEC));
+  Descriptor wakeUp(sys().eventfd(EFD_CLOEXEC));
   if (!wakeUp.isOpen())
     throw systemFailure(errno, "eventfd", location);
   buffer_.resize(bufferSize);
@@ -112,7 +113,7 @@ void ChangeWatcher::end() noexcept {
     return;
   ending_ = true;
   constexpr std::uint64_t one = 1;
-  retried([&] { return write(wakeUp_.get(), &one, sizeof one); });
+  retried([&] { return sys().write(wakeUp_.get(), &one, sizeof one); });
   thread_.join();
   inotify_->close();  // with all watches, which is quicker than one by one
   trees_.clear();
@@ -134,12 +135,12 @@ void ChangeWatcher::awaitEvents() {
   pollfd waiting[] = {{inotify_->descriptor(), POLLIN, 0}, {wakeUp_.get(), POLLIN, 0}};
   constexpr int secondInMilliseconds = 1000;
   const int timeout = mustLookAgain_ ? secondInMilliseconds : -1;
-  if (retried([&] { return poll(waiting, std::size(waiting), timeout); }) == -1)
+  if (retried([&] { return sys().poll(waiting, std::size(waiting), timeout); }) == -1)
     fail("poll");
 }
 
 void ChangeWatcher::handleEvents() {
-  const auto size = retried([this] { return read(inotify_->descriptor(), buffer_.data(), buffer_.size()); });
+  const auto size = retried([this] { return sys().read(inotify_->descriptor(), buffer_.data(), buffer_.size()); });
   if (size == -1 && errno != EAGAIN)
     fail("read");
   checkTrees(Which::Uncertain);

@@ -1,12 +1,13 @@
 #include <foundation/storage/backend/local/detail/posix/Descriptor.h>
 
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+
 #include <cerrno>
-#include <unistd.h>
 
 namespace foundation::storage::backend::local::detail {
 
 int Descriptor::close() noexcept {
-  if (!isOpen() || ::close(std::exchange(number_, -1)) == 0)
+  if (!isOpen() || sys().close(std::exchange(number_, -1)) == 0)
     return 0;
   return errno == EINTR ? 0 : errno;  // interrupted, but closed all the same
 }

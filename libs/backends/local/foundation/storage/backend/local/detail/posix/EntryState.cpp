@@ -1,5 +1,7 @@
 #include <foundation/storage/backend/local/detail/posix/EntryState.h>
 
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,11 +10,11 @@ namespace foundation::storage::backend::local::detail {
 
 Examined examine(int folder, const char* path) noexcept {
   struct stat status;
-  if (fstatat(folder, path, &status, AT_SYMLINK_NOFOLLOW) == -1)
+  if (sys().fstatat(folder, path, &status, AT_SYMLINK_NOFOLLOW) == -1)
     return {meansNothingThere(errno) ? Presence::Absent : Presence::Unknown, {}};
   const bool isLink = S_ISLNK(status.st_mode);
   struct stat target;
-  if (isLink && fstatat(folder, path, &target, 0) == 0)
+  if (isLink && sys().fstatat(folder, path, &target, 0) == 0)
     status = target;
   const auto type = S_ISDIR(status.st_mode) ? events::EntryType::Folder : events::EntryType::File;
   return {Presence::Present, {type, isLink, toNumber(status.st_mtim)}};

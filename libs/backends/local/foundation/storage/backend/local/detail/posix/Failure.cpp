@@ -1,6 +1,7 @@
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 
 #include <fl/i18n/Convert.h>
+#include <foundation/storage/backend/local/detail/posix/OutOfRoot.h>
 
 #include <cerrno>
 #include <cstring>
@@ -24,6 +25,7 @@ ErrorCode codeOf(int error) noexcept {
       return ErrorCode::FolderNotEmpty;
     case EACCES:
     case EPERM:
+    case leadsOutOfRoot:
       return ErrorCode::PermissionDenied;
     case EROFS:
       return ErrorCode::ReadOnlyProvider;
@@ -69,13 +71,17 @@ ErrorCode codeOf(int error) noexcept {
   }
 }
 
-std::string systemMessage(int error) { return std::generic_category().message(error); }
+std::string systemMessage(int error) {
+  return error == leadsOutOfRoot ? "The path leads out of the folder that this provider is confined to"
+                                 : std::generic_category().message(error);
+}
 
 ExceptionContexts systemContexts(int error, const char* call, const StorageIRI& location) {
   ExceptionContextInfo::AdditionalInformation details{{u"location", location.toString()}};
   if (const char* name = strerrorname_np(error))
     details.emplace(u"name", fl::i18n::to_ustring(name));
-  ExceptionContextInfo info(fl::i18n::to_ustring(systemMessage(error)), fl::i18n::to_ustring(std::to_string(error)),
+  const auto number = error == leadsOutOfRoot ? std::string() : std::to_string(error);
+  ExceptionContextInfo info(fl::i18n::to_ustring(systemMessage(error)), fl::i18n::to_ustring(number),
                             std::move(details));
   return {ExceptionContext(fl::i18n::to_ustring(call), std::move(info))};
 }

@@ -3,6 +3,9 @@
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Attributes.h>
+#include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+#include <foundation/storage/provider/ScratchFiles.h>
 
 #include <cerrno>
 #include <dirent.h>
@@ -14,8 +17,25 @@ namespace foundation::storage::backend::local::detail {
 
 using provider::FolderEntry;
 
-FolderListing::FolderListing(const provider::StorageIRI& location, EntryFilter filter, EntryDetail detail)
-    : filter_(filter), detail_(detail), folderPath_(nativePath(location)), reader_(location) {
+namespace {
+
+FolderReader openReader(const FileSystem& files, const provider::StorageIRI& location, const std::string& path,
+                        Links links) {
+  auto folder = files.open(path, O_RDONLY | O_DIRECTORY | (links == Links::Keep ? O_NOFOLLOW : 0));
+  if (!folder.isOpen())
+    throw systemFailure(errno, "open", location);
+  return {std::move(folder), location};
+}
+
+}  // namespace
+
+FolderListing::FolderListing(Configuration configuration, const provider::StorageIRI& location, EntryFilter filter,
+                             EntryDetail detail, Links links)
+    : configuration_(std::move(configuration)),
+      filter_(filter),
+      detail_(detail),
+      folderPath_(nativePath(location)),
+      reader_(openReader(*configuration_.files, location, folderPath_, links)) {
   if (folderPath_.back() != '/')
     folderPath_.push_back('/');
 }
@@ -47,6 +67,8 @@ void FolderListing::reset() {
 
 void FolderListing::readNext() const {
   while (const RawEntry* entry = reader_.read()) {
+    if (isLeftOut(entry->name))
+      continue;
     next_ = makeEntry(*entry);
     if (next_)
       return;
@@ -57,17 +79,23 @@ void FolderListing::readNext() const {
 FolderListing::Examined FolderListing::examine(const RawEntry& entry) const {
   Examined examined;
   struct stat status;
-  if (fstatat(reader_.descriptor(), entry.name, &status, AT_SYMLINK_NOFOLLOW) == -1) {
+  if (sys().fstatat(reader_.descriptor(), entry.name, &status, AT_SYMLINK_NOFOLLOW) == -1) {
     examined.exists = errno != ENOENT;
     examined.isLink = entry.type == DT_LNK;
     return examined;
   }
   examined.isLink = S_ISLNK(status.st_mode);
   struct stat target;
-  if (examined.isLink && fstatat(reader_.descriptor(), entry.name, &target, 0) == 0)
+  if (examined.isLink && statusBehind(entry.name, target) == 0)
     status = target;
   examined.status = status;
   return examined;
+}
+
+int FolderListing::statusBehind(const char* link, struct stat& status) const {
+  if (configuration_.files->isWhole())  // then the descriptor is a shorter way than the path
+    return sys().fstatat(reader_.descriptor(), link, &status, 0);
+  return configuration_.files->status(folderPath_ + link, Links::Follow, status);
 }
 
 std::optional<FolderEntry> FolderListing::makeEntry(const RawEntry& entry) const {
@@ -92,8 +120,12 @@ FolderEntry FolderListing::withAttributes(const RawEntry& entry, const Examined&
     attributes.withHiddenAttribute(isHiddenName(entry.name)).withSymlinkStatusAttribute(examined.isLink);
     return FolderEntry(fl::i18n::to_ustring(entry.name), std::move(attributes));
   };
-  return isFolder ? describe(folderAttributes(*examined.status, folderPath_ + entry.name))
-                  : describe(fileAttributes(*examined.status, folderPath_ + entry.name));
+  return isFolder ? describe(folderAttributes(*examined.status, {configuration_.files, folderPath_ + entry.name}))
+                  : describe(fileAttributes(*examined.status, {configuration_.files, folderPath_ + entry.name}));
+}
+
+bool FolderListing::isLeftOut(const char* name) const {
+  return configuration_.hidesScratchFiles && isHiddenName(name) && provider::isScratchName(fl::i18n::to_ustring(name));
 }
 
 bool FolderListing::passes(bool isFolder) const {

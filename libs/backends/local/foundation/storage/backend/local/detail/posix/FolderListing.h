@@ -1,5 +1,6 @@
 #pragma once
 
+#include <foundation/storage/backend/local/detail/posix/Configuration.h>
 #include <foundation/storage/backend/local/detail/posix/FolderReader.h>
 #include <foundation/storage/provider/IFolderEntryIterator.h>
 #include <foundation/storage/provider/StorageIRI.h>
@@ -21,7 +22,9 @@ enum class EntryDetail { NamesOnly, Attributes };
 class FolderListing final : public provider::IFolderEntryIterator {
  public:
   /// Throws `Exception` where `location` is no folder that can be listed.
-  FolderListing(const provider::StorageIRI& location, EntryFilter filter, EntryDetail detail);
+  /// @param links  whether a link at `location` may lead to the folder
+  FolderListing(Configuration configuration, const provider::StorageIRI& location, EntryFilter filter,
+                EntryDetail detail, Links links = Links::Follow);
 
   provider::FolderEntry current() const override;
   bool hasNext() const override;
@@ -43,10 +46,14 @@ class FolderListing final : public provider::IFolderEntryIterator {
 
   void readNext() const;
   Examined examine(const RawEntry& entry) const;
+  int statusBehind(const char* link, struct stat& status) const;
   std::optional<provider::FolderEntry> makeEntry(const RawEntry& entry) const;
   provider::FolderEntry withAttributes(const RawEntry& entry, const Examined& examined, bool isFolder) const;
   bool passes(bool isFolder) const;
 
+  bool isLeftOut(const char* name) const;
+
+  Configuration configuration_;
   EntryFilter filter_;
   EntryDetail detail_;
   std::string folderPath_;  ///< ends in '/'

@@ -1,14 +1,13 @@
 #include <foundation/storage/backend/local/detail/posix/FolderReader.h>
 
-#include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <dirent.h>
-#include <fcntl.h>
 #include <string_view>
-#include <unistd.h>
 #include <utility>
 
 namespace foundation::storage::backend::local::detail {
@@ -16,19 +15,9 @@ namespace {
 
 constexpr std::size_t bufferSize = std::size_t{64} * 1024;
 
-Descriptor openFolder(const provider::StorageIRI& location) {
-  const auto path = nativePath(location);
-  Descriptor folder(retried([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-  if (!folder.isOpen())
-    throw systemFailure(errno, "open", location);
-  return folder;
-}
-
 bool isDots(std::string_view name) { return name == "." || name == ".."; }
 
 }  // namespace
-
-FolderReader::FolderReader(const provider::StorageIRI& location) : FolderReader(openFolder(location), location) {}
 
 FolderReader::FolderReader(Descriptor folder, const provider::StorageIRI& location)
     : location_(location), folder_(std::move(folder)), buffer_(new char[bufferSize]) {}
@@ -47,13 +36,13 @@ const RawEntry* FolderReader::read() {
 }
 
 void FolderReader::rewind() {
-  if (lseek(folder_.get(), 0, SEEK_SET) == -1)
+  if (sys().lseek(folder_.get(), 0, SEEK_SET) == -1)
     throw systemFailure(errno, "lseek", location_);
   at_ = end_ = 0;
 }
 
 bool FolderReader::fill() {
-  const auto got = retried([this] { return getdents64(folder_.get(), buffer_.get(), bufferSize); });
+  const auto got = retried([this] { return sys().getdents(folder_.get(), buffer_.get(), bufferSize); });
   if (got == -1 && errno != ENOENT)  // ENOENT: the folder was removed while it was read
     throw systemFailure(errno, "getdents64", location_);
   at_ = 0;

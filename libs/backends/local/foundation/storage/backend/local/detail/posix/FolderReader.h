@@ -18,10 +18,7 @@ struct RawEntry {
 /// one buffer however many there are. "." and ".." are left out.
 class FolderReader {
  public:
-  /// Throws `Exception` where `location` cannot be opened as a folder.
-  explicit FolderReader(const provider::StorageIRI& location);
-
-  /// Reads a folder that is open already.
+  /// Reads an open folder.
   /// @param location  what failures are to name
   FolderReader(Descriptor folder, const provider::StorageIRI& location);
 

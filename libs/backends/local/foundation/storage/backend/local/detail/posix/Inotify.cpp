@@ -1,6 +1,7 @@
 #include <foundation/storage/backend/local/detail/posix/Inotify.h>
 
 #include <foundation/storage/backend/local/detail/posix/SubscriptionFailure.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -8,13 +9,13 @@
 
 namespace foundation::storage::backend::local::detail {
 
-Inotify::Inotify(const provider::StorageIRI& location) : descriptor_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+Inotify::Inotify(const provider::StorageIRI& location) : descriptor_(sys().inotifyInit(IN_NONBLOCK | IN_CLOEXEC)) {
   if (!descriptor_.isOpen())
     throw watchFailure(errno, "inotify_init1", location);
 }
 
 int Inotify::add(const std::string& path, std::uint32_t mask) noexcept {
-  return inotify_add_watch(descriptor_.get(), path.c_str(), mask | IN_MASK_ADD);
+  return sys().inotifyAddWatch(descriptor_.get(), path.c_str(), mask | IN_MASK_ADD);
 }
 
 void Inotify::join(int watch, const WatchUser& user) { users_[watch].push_back(user); }
@@ -31,7 +32,7 @@ void Inotify::leave(int watch, const WatchUser& user) noexcept {
     users_.erase(at);
   }
   if (descriptor_.isOpen())
-    inotify_rm_watch(descriptor_.get(), watch);
+    sys().inotifyRemoveWatch(descriptor_.get(), watch);
 }
 
 std::vector<WatchUser> Inotify::usersOf(int watch) const {

@@ -2,6 +2,7 @@
 
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <array>
 #include <cerrno>
@@ -17,12 +18,15 @@ using provider::ByteStreamWriteFailure;
 using provider::ErrorCode;
 
 LocalByteStream::LocalByteStream(Descriptor descriptor, provider::StorageIRI location)
-    : descriptor_(std::move(descriptor)), location_(std::move(location)) {}
+    : owned_(std::move(descriptor)), descriptor_(owned_.get()), location_(std::move(location)) {}
+
+LocalByteStream::LocalByteStream(int descriptor, provider::StorageIRI location)
+    : descriptor_(descriptor), location_(std::move(location)) {}
 
 std::int64_t LocalByteStream::doRead(char* buffer, std::int64_t count) {
   if (count < 0)
     throw streamRefusal<ByteStreamReadFailure>(ErrorCode::IOError, location_, "The count is negative");
-  const auto got = retried([&] { return ::read(descriptor_.get(), buffer, static_cast<std::size_t>(count)); });
+  const auto got = retried([&] { return sys().read(descriptor_, buffer, static_cast<std::size_t>(count)); });
   if (got == -1)
     throw streamFailure<ByteStreamReadFailure>(errno, "read", location_);
   return got == 0 && count > 0 ? -1 : got;
@@ -31,12 +35,12 @@ std::int64_t LocalByteStream::doRead(char* buffer, std::int64_t count) {
 std::int64_t LocalByteStream::doWrite(const char* buffer, std::int64_t count) {
   if (count < 0)
     throw streamRefusal<ByteStreamWriteFailure>(ErrorCode::IOError, location_, "The count is negative");
-  if (!descriptor_.isOpen())
+  if (descriptor_ == -1)
     throw streamFailure<ByteStreamWriteFailure>(EBADF, "write", location_);
   std::int64_t done = 0;
   while (done < count) {
     const auto rest = static_cast<std::size_t>(count - done);
-    const auto written = retried([&] { return ::write(descriptor_.get(), buffer + done, rest); });
+    const auto written = retried([&] { return sys().write(descriptor_, buffer + done, rest); });
     if (written > 0)
       done += written;
     else if (done > 0)
@@ -51,7 +55,7 @@ std::streampos LocalByteStream::doSeek(std::int64_t offset, int origin) {
   static constexpr std::array origins{SEEK_SET, SEEK_CUR, SEEK_END};
   if (origin < 0 || origin >= static_cast<int>(origins.size()))
     throw streamRefusal<ByteStreamSeekFailure>(ErrorCode::IOError, location_, "The origin of the seek is unknown");
-  const auto position = lseek(descriptor_.get(), offset, origins[static_cast<std::size_t>(origin)]);
+  const auto position = sys().lseek(descriptor_, offset, origins[static_cast<std::size_t>(origin)]);
   if (position == -1 && errno == EINVAL && offset >= 0)
     throw streamFailure<ByteStreamSeekFailure>(EOVERFLOW, "lseek", location_);
   if (position == -1 && errno == EINVAL)
@@ -62,7 +66,8 @@ std::streampos LocalByteStream::doSeek(std::int64_t offset, int origin) {
 }
 
 void LocalByteStream::doClose() {
-  if (const int error = descriptor_.close())
+  descriptor_ = -1;
+  if (const int error = owned_.close())
     throw streamFailure<ByteStreamCloseFailure>(error, "close", location_);
 }
 

@@ -12,6 +12,9 @@ class LocalByteStream final : public provider::ByteStream {
   /// @param location  for the texts of failures
   LocalByteStream(Descriptor descriptor, provider::StorageIRI location);
 
+  /// Of a file that somebody else closes, who must outlive the stream.
+  LocalByteStream(int descriptor, provider::StorageIRI location);
+
  private:
   std::int64_t doRead(char* buffer, std::int64_t count) override;
   /// Writes all of it, unless the system fails in the middle: then what was written counts, and the
@@ -20,7 +23,8 @@ class LocalByteStream final : public provider::ByteStream {
   std::streampos doSeek(std::int64_t offset, int origin) override;
   void doClose() override;
 
-  Descriptor descriptor_;
+  Descriptor owned_;
+  int descriptor_;  ///< -1 once it is closed
   provider::StorageIRI location_;
 };
 

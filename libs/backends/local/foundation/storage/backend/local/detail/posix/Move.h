@@ -1,15 +1,19 @@
 #pragma once
 
+#include <foundation/storage/backend/local/detail/posix/FileSystem.h>
+#include <foundation/storage/backend/local/detail/posix/Rename.h>
 #include <foundation/storage/provider/ReplacementPolicy.h>
 #include <foundation/storage/provider/StorageIRI.h>
 
 namespace foundation::storage::backend::local::detail {
 
-enum class MovedEntry { File, Folder };
-
-/// Renames an entry; a link is renamed itself. Throws `Exception` with the location at fault: for a source
-/// that is missing or of the other kind `source`, else `destination`.
-void moveEntry(const provider::StorageIRI& source, const provider::StorageIRI& destination,
+/// Renames an entry; a link is renamed itself. To another file system it is copied beside the destination, renamed
+/// there, and only then removed from where it was.
+///
+/// Throws `Exception` with the location at fault: for a source that is missing or of the other kind `source`, else
+/// `destination`, or what is at fault in a tree that is copied. Then nothing has been moved, unless it is the source
+/// that cannot be removed after a copy: then both are there.
+void moveEntry(const FileSystem& files, const provider::StorageIRI& source, const provider::StorageIRI& destination,
                provider::ReplacementPolicy policy, MovedEntry kind);
 
 }  // namespace foundation::storage::backend::local::detail

@@ -2,7 +2,7 @@
 
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -23,9 +23,9 @@ void requireContent(const struct stat& status, const StorageIRI& location) {
 }
 
 /// Opening a pipe would already be felt at its other end.
-void requireNoPipe(const std::string& path, const StorageIRI& location) {
+void requireNoPipe(const FileSystem& files, const std::string& path, const StorageIRI& location) {
   struct stat status;
-  if (stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode))
+  if (files.status(path, Links::Follow, status) == 0 && !S_ISDIR(status.st_mode))
     requireContent(status, location);
 }
 
@@ -33,25 +33,23 @@ void requireNoPipe(const std::string& path, const StorageIRI& location) {
 void makeBlocking(const OpenFile& file, const StorageIRI& location) {
   if (S_ISREG(file.status.st_mode))
     return;  // makes no difference
-  const int flags = fcntl(file.descriptor.get(), F_GETFL);
-  if (flags == -1 || fcntl(file.descriptor.get(), F_SETFL, flags & ~O_NONBLOCK) == -1)
+  const int flags = sys().fileFlags(file.descriptor.get());
+  if (flags == -1 || sys().setFileFlags(file.descriptor.get(), flags & ~O_NONBLOCK) == -1)
     throw streamFailure<ByteStreamOpenFailure>(errno, "fcntl", location);
 }
 
 }  // namespace
 
-OpenFile openFile(const StorageIRI& location, int flags, mode_t mode) {
+OpenFile openFile(const FileSystem& files, const StorageIRI& location, int flags, mode_t mode) {
   const auto path = nativePath(location);
-  requireNoPipe(path, location);
-  const auto openWith = [&](int more) {
-    return Descriptor(retried([&] { return open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | more, mode); }));
-  };
+  requireNoPipe(files, path, location);
+  const auto openWith = [&](int more) { return files.open(path, flags | O_NOCTTY | more, mode); };
   OpenFile file{openWith(O_NONBLOCK), {}};
   if (!file.descriptor.isOpen() && errno == EWOULDBLOCK)
     file.descriptor = openWith(0);  // a file that is leased to another program, which gives it up soon (fcntl(2))
   if (!file.descriptor.isOpen())
     throw streamFailure<ByteStreamOpenFailure>(errno, "open", location);
-  if (fstat(file.descriptor.get(), &file.status) == -1)
+  if (sys().fstat(file.descriptor.get(), &file.status) == -1)
     throw streamFailure<ByteStreamOpenFailure>(errno, "fstat", location);
   requireContent(file.status, location);
   makeBlocking(file, location);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/storage/backend/local/detail/posix/Descriptor.h>
+#include <foundation/storage/backend/local/detail/posix/FileSystem.h>
 #include <foundation/storage/provider/StorageIRI.h>
 
 #include <sys/stat.h>
@@ -17,6 +18,6 @@ struct OpenFile {
 /// Throws `ByteStreamOpenFailure`; for a folder, a pipe or a socket with `InvalidLocation`.
 /// @param flags  of open(2); close-on-exec is added
 /// @param mode   of a new file, less the umask
-OpenFile openFile(const provider::StorageIRI& location, int flags, mode_t mode = 0666);
+OpenFile openFile(const FileSystem& files, const provider::StorageIRI& location, int flags, mode_t mode = 0666);
 
 }  // namespace foundation::storage::backend::local::detail

@@ -22,8 +22,12 @@ FolderEntry renamed(const FolderEntry& entry, std::u16string path) {
 
 }  // namespace
 
-RecursiveListing::RecursiveListing(const provider::StorageIRI& location, EntryDetail detail)
-    : location_(location), detail_(detail), folder_(std::in_place, location, EntryFilter::All, detail) {}
+RecursiveListing::RecursiveListing(Configuration configuration, const provider::StorageIRI& location,
+                                   EntryDetail detail)
+    : configuration_(std::move(configuration)),
+      location_(location),
+      detail_(detail),
+      folder_(std::in_place, configuration_, location, EntryFilter::All, detail) {}
 
 FolderEntry RecursiveListing::current() const {
   if (!current_)
@@ -43,7 +47,7 @@ void RecursiveListing::next() {
 }
 
 void RecursiveListing::reset() {
-  folder_.emplace(location_, EntryFilter::All, detail_);
+  folder_.emplace(configuration_, location_, EntryFilter::All, detail_);
   prefix_.clear();
   folders_.clear();
   next_.reset();
@@ -70,11 +74,12 @@ bool RecursiveListing::openNextFolder() const {
     const auto path = std::move(folders_.back());
     folders_.pop_back();
     try {
-      folder_.emplace(provider::StorageIRI(location_, path), EntryFilter::All, detail_);
+      // What has become a link, or a file, since it was listed is no subfolder any more.
+      folder_.emplace(configuration_, provider::StorageIRI(location_, path), EntryFilter::All, detail_, Links::Keep);
       prefix_ = path + u"/";
       return true;
     } catch (const provider::Exception& failure) {
-      if (failure.getErrorCode() != ErrorCode::ResourceNotFound)
+      if (failure.getErrorCode() != ErrorCode::ResourceNotFound && failure.getErrorCode() != ErrorCode::InvalidLocation)
         throw;
     }
   }

@@ -18,7 +18,7 @@ namespace foundation::storage::backend::local::detail {
 class RecursiveListing final : public provider::IFolderEntryIterator {
  public:
   /// Throws `Exception` where `location` is no folder that can be listed.
-  RecursiveListing(const provider::StorageIRI& location, EntryDetail detail);
+  RecursiveListing(Configuration configuration, const provider::StorageIRI& location, EntryDetail detail);
 
   provider::FolderEntry current() const override;
   bool hasNext() const override;
@@ -29,6 +29,7 @@ class RecursiveListing final : public provider::IFolderEntryIterator {
   void readNext() const;
   bool openNextFolder() const;
 
+  Configuration configuration_;
   provider::StorageIRI location_;
   EntryDetail detail_;
   // Looking ahead is part of the const question whether there is more.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <foundation/storage/backend/local/detail/posix/FileSystem.h>
 #include <foundation/storage/provider/StorageIRI.h>
 
 #include <optional>
@@ -8,14 +9,16 @@
 
 namespace foundation::storage::backend::local::detail {
 
-/// What is at `path`, links followed; nothing where nothing can be there. Throws `Exception` where that
-/// cannot be found out, for want of permission for instance.
-std::optional<struct stat> findStatus(const provider::StorageIRI& location, const std::string& path);
-
-/// The same without following a link at the end.
-std::optional<struct stat> findLinkStatus(const provider::StorageIRI& location, const std::string& path);
+/// What is at `path`; nothing where nothing can be there. Throws `Exception` where that cannot be found out, for want
+/// of permission for instance.
+std::optional<struct stat> findStatus(const FileSystem& files, const provider::StorageIRI& location,
+                                      const std::string& path, Links links);
 
 /// What is at `path`, links followed. Throws `Exception` where nothing is.
-struct stat requireStatus(const provider::StorageIRI& location, const std::string& path);
+struct stat requireStatus(const FileSystem& files, const provider::StorageIRI& location, const std::string& path);
+
+/// Whether the link at `path` leads to something, and then to what.
+std::optional<struct stat> findStatusBehindLink(const FileSystem& files, const provider::StorageIRI& location,
+                                                const std::string& path);
 
 }  // namespace foundation::storage::backend::local::detail

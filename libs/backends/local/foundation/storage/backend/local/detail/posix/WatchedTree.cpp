@@ -4,6 +4,7 @@
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SubscriptionFailure.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <cerrno>
 #include <dirent.h>
@@ -217,7 +218,7 @@ Descriptor WatchedTree::open(const WatchedFolder& folder) const {
   const bool isRoot = folder.parent == nullptr;
   const auto path = isRoot ? path_ : nativePathOf(folder);
   const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isRoot ? 0 : O_NOFOLLOW);
-  Descriptor opened(retried([&] { return ::open(withoutTrailingSlashes(path).c_str(), flags); }));
+  Descriptor opened(retried([&] { return sys().openat(AT_FDCWD, withoutTrailingSlashes(path).c_str(), flags, 0); }));
   if (!opened.isOpen() && ((isRoot && isStarting_) || !isUnreadable(errno)))
     throw systemFailure(errno, "open", publisher_.watched());
   return opened;

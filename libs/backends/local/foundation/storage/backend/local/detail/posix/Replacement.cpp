@@ -1,0 +1,153 @@
+#include <foundation/storage/backend/local/detail/posix/Replacement.h>
+
+#include <fl/i18n/Convert.h>
+#include <foundation/storage/backend/local/detail/NativePath.h>
+#include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/Rename.h>
+#include <foundation/storage/backend/local/detail/posix/Retry.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+#include <foundation/storage/backend/local/detail/posix/Xattrs.h>
+#include <foundation/storage/provider/ScratchFiles.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <utility>
+
+namespace foundation::storage::backend::local::detail {
+
+using provider::ByteStreamOpenFailure;
+
+namespace {
+
+constexpr mode_t groupBits = 0070;
+constexpr auto keptOwner = static_cast<uid_t>(-1);  // chown(2)
+constexpr auto keptGroup = static_cast<gid_t>(-1);
+
+mode_t othersAsGroup(mode_t mode) { return (mode & 0007) << 3; }
+
+bool hasAccessList(const Replaced& replaced) {
+  return std::find(replaced.attributes.begin(), replaced.attributes.end(), accessListName) != replaced.attributes.end();
+}
+
+/// What the scratch file may be created with before it is known which group it has.
+mode_t initialMode(const Replaced& replaced) {
+  const mode_t mode = replaced.status.st_mode & 0777;
+  const bool groupMayNoMore = (mode & groupBits & ~othersAsGroup(mode)) == 0;
+  return groupMayNoMore ? mode : mode & ~groupBits;
+}
+
+}  // namespace
+
+Replacement::Replacement(Configuration configuration, TransactionTarget target)
+    : configuration_(std::move(configuration)),
+      target_(std::move(target)),
+      scratch_(target_.location.getParent(), provider::makeScratchName()),
+      path_(nativePath(scratch_)) {}
+
+// It is the finished delegate that makes the destructor remove the file where the body throws.
+Replacement::Replacement(Configuration configuration, TransactionTarget target, int flags, mode_t modeOfNew)
+    : Replacement(std::move(configuration), std::move(target)) {
+  openScratch(flags, modeOfNew);
+  if (target_.replaced)
+    takePermissions();
+}
+
+Replacement::~Replacement() {
+  try {
+    abort();
+  } catch (...) {
+    // The name says what it is, so that it can be swept.
+  }
+}
+
+void Replacement::openScratch(int flags, mode_t modeOfNew) {
+  const auto mode = target_.replaced ? initialMode(*target_.replaced) : modeOfNew;
+  descriptor_ = configuration_.files->open(path_, flags | O_EXCL | O_NOFOLLOW | O_NOCTTY, mode);
+  if (!descriptor_.isOpen())
+    throw streamFailure<ByteStreamOpenFailure>(errno, "open", target_.location);
+  exists_ = true;
+}
+
+void Replacement::takePermissions() {
+  const auto& replaced = target_.replaced->status;
+  struct stat status;
+  if (sys().fstat(descriptor(), &status) == -1)
+    throw streamFailure<ByteStreamOpenFailure>(errno, "fstat", target_.location);
+  hasGroup_ = status.st_gid == replaced.st_gid || sys().fchown(descriptor(), keptOwner, replaced.st_gid) == 0;
+  owner_ = status.st_uid;
+  const bool isTheGroups = hasGroup_ && !hasAccessList(*target_.replaced);
+  const mode_t all = replaced.st_mode & 0777;
+  const mode_t mode = (all & ~groupBits) | (all & (isTheGroups ? groupBits : othersAsGroup(all)));
+  // Only where that makes a difference: not every file system can set them.
+  if ((status.st_mode & 07777) != mode && sys().fchmod(descriptor(), mode) == -1)
+    throw streamFailure<ByteStreamOpenFailure>(errno, "fchmod", target_.location);
+}
+
+void Replacement::commit(provider::ReplacementPolicy policy) {
+  if (spoilt_)
+    std::rethrow_exception(spoilt_);
+  if (!std::exchange(isFinished_, true)) {
+    try {
+      finishContent();
+    } catch (...) {
+      spoilt_ = std::current_exception();
+      throw;
+    }
+  }
+  if (!configuration_.isDurable)
+    return putInPlace(policy);
+  const auto folder = configuration_.files->open(folderOf(target_.path), O_RDONLY | O_DIRECTORY);
+  if (!folder.isOpen())
+    throw systemFailure(errno, "open", target_.location);
+  putInPlace(policy);
+  // Some file systems have nothing to do for a folder, and say so.
+  if (retried([&] { return sys().fsync(folder.get()); }) == -1 && errno != EINVAL)
+    throw systemFailure(errno, "fsync", target_.location);
+}
+
+void Replacement::abort() {
+  descriptor_.close();  // what was written does not matter any more
+  if (!exists_)
+    return;
+  const auto place = configuration_.files->place(path_);
+  if (!place || sys().unlinkat(place->folder, place->name.c_str(), 0) == -1)
+    throw systemFailure(errno, "unlink", scratch_);
+  exists_ = false;
+}
+
+void Replacement::finishContent() {
+  takeAttributes();
+  // Once it has failed, another fsync may succeed although data is lost (fsync(2), "Errors").
+  if (configuration_.isDurable && retried([this] { return sys().fsync(descriptor()); }) == -1)
+    throw systemFailure(errno, "fsync", scratch_);
+  if (const int error = descriptor_.close())
+    throw systemFailure(error, "close", scratch_);
+}
+
+void Replacement::takeAttributes() const {
+  if (!target_.replaced)
+    return;
+  const auto& replaced = *target_.replaced;
+  if (!replaced.attributes.empty()) {
+    const auto reached = configuration_.files->reach(target_.path, Links::Keep);
+    const auto accessList = hasGroup_ ? AccessList::Copy : AccessList::LeaveOut;
+    if (reached)  // else it has been removed meanwhile
+      copyAttributes(reached->path, replaced.attributes, descriptor(), accessList, target_.location);
+  }
+  if (owner_ != replaced.status.st_uid)
+    sys().fchown(descriptor(), replaced.status.st_uid, keptGroup);  // most programs may not
+}
+
+void Replacement::putInPlace(provider::ReplacementPolicy policy) {
+  const auto from = configuration_.files->place(path_);
+  const auto to = configuration_.files->place(target_.path);
+  if (!from || !to)
+    throw systemFailure(errno, "rename", target_.location);
+  const bool isExclusive = preservesExisting(policy);
+  if ((isExclusive ? renameExclusively(*from, *to, MovedEntry::File) : renameOver(*from, *to)) == -1)
+    throw systemFailure(errno, "rename", target_.location);
+  exists_ = false;
+}
+
+}  // namespace foundation::storage::backend::local::detail

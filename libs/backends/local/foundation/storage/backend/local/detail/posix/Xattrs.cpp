@@ -1,0 +1,69 @@
+#include <foundation/storage/backend/local/detail/posix/Xattrs.h>
+
+#include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+
+#include <cerrno>
+
+namespace foundation::storage::backend::local::detail {
+
+using provider::StorageIRI;
+
+namespace {
+
+/// Calls `get(buffer, size)` with a buffer that is large enough; what is asked for may grow between two calls.
+/// @return nothing, with errno, where that failed
+template <class Get>
+std::optional<std::string> sized(const Get& get) {
+  for (;;) {
+    const auto size = get(nullptr, 0);
+    if (size == -1)
+      return std::nullopt;
+    std::string text(static_cast<std::size_t>(size), '\0');
+    const auto got = size == 0 ? 0 : get(text.data(), text.size());
+    if (got == -1 && errno == ERANGE)
+      continue;
+    if (got == -1)
+      return std::nullopt;
+    text.resize(static_cast<std::size_t>(got));
+    return text;
+  }
+}
+
+bool isCopied(std::string_view name, AccessList accessList) {
+  return name.starts_with("user.") || name.starts_with("trusted.") ||
+         (name == accessListName && accessList == AccessList::Copy);
+}
+
+}  // namespace
+
+std::vector<std::string> attributeNames(const std::string& path, const StorageIRI& location) {
+  const auto text = sized([&](char* names, std::size_t size) { return sys().listxattr(path.c_str(), names, size); });
+  if (!text && errno != EOPNOTSUPP)
+    throw systemFailure(errno, "listxattr", location);
+  std::vector<std::string> names;
+  for (std::size_t at = 0; text && at < text->size(); at += names.back().size() + 1)
+    names.emplace_back(text->c_str() + at);
+  return names;
+}
+
+std::optional<std::string> attributeValue(const std::string& path, const std::string& name,
+                                          const StorageIRI& location) {
+  auto value =
+      sized([&](char* buffer, std::size_t size) { return sys().getxattr(path.c_str(), name.c_str(), buffer, size); });
+  const bool isOut = errno == ENODATA || errno == EACCES || errno == EPERM || errno == EOPNOTSUPP;
+  if (!value && !isOut)
+    throw systemFailure(errno, "getxattr", location);
+  return value;
+}
+
+void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, AccessList accessList,
+                    const StorageIRI& location) {
+  for (const auto& name : names) {
+    const auto value = isCopied(name, accessList) ? attributeValue(path, name, location) : std::nullopt;
+    if (value && sys().fsetxattr(to, name.c_str(), value->data(), value->size()) == -1)
+      throw systemFailure(errno, "fsetxattr", location);
+  }
+}
+
+}  // namespace foundation::storage::backend::local::detail
