@@ -13,7 +13,7 @@ namespace foundation::storage::registry {
 class FOUNDATION_EXPORT ConfigurationFileException : public core::except::IInternalException,
                                                      public std::runtime_error {
  public:
-  /// @param file    as the program named it
+  /// @param file    as the program named it, or as the line that includes it does
   /// @param line    counted from 1; 0 where the failure is at no particular line
   /// @param reason  in UTF-8
   ConfigurationFileException(std::filesystem::path file, unsigned long line, const std::string& reason);

@@ -32,7 +32,7 @@ std::string contentOf(const std::filesystem::path& file) {
   std::ostringstream content;
   if (in.is_open() && in.peek() != std::ifstream::traits_type::eof())
     content << in.rdbuf();
-  if (!in.is_open() || in.bad() || content.bad())
+  if (!in.is_open() || in.bad() || content.fail())
     throw ConfigurationFileException(file, 0, "it cannot be read");
   return std::move(content).str();
 }
