@@ -1,0 +1,121 @@
+#include "disk/Harness.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <random>
+#include <stdexcept>
+
+namespace bench {
+namespace {
+
+using Seconds = std::vector<double>;
+
+std::atomic<bool> isInterrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler sets it");
+
+double median(Seconds values) {
+  std::sort(values.begin(), values.end());
+  const auto middle = values.size() / 2;
+  return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+double timed(const Entrant& entrant, std::size_t turn) {
+  if (isInterrupted)
+    throw std::runtime_error("interrupted");
+  const auto start = std::chrono::steady_clock::now();
+  entrant.run(turn);
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+  if (entrant.check)
+    entrant.check(turn);
+  return took.count();
+}
+
+/// All turns of the entrants that are apart, or of those that are not.
+void doTurns(const Workload& workload, bool apart, std::mt19937& engine, Seconds& took) {
+  std::vector<std::size_t> order;
+  for (std::size_t index = 0; index < took.size(); ++index)
+    if (workload.entrants[index].isApart == apart)
+      order.push_back(index);
+  if (workload.settle && !order.empty())
+    workload.settle();
+  for (std::size_t turn = 0; turn < workload.turns; ++turn) {
+    std::shuffle(order.begin(), order.end(), engine);
+    for (const auto index : order)
+      took[index] += timed(workload.entrants[index], turn);
+  }
+}
+
+/// One round.
+/// @return what each entrant took
+Seconds oneRound(const Workload& workload, std::mt19937& engine) {
+  if (workload.prepare)
+    workload.prepare();
+  Seconds took(workload.entrants.size());
+  doTurns(workload, false, engine, took);
+  doTurns(workload, true, engine, took);
+  return took;
+}
+
+/// How often the time of the limit in the same round; 0 without a limit.
+double ratio(const Workload& workload, const std::vector<Seconds>& times, std::size_t index) {
+  const auto limit = std::find_if(workload.entrants.begin(), workload.entrants.end(),
+                                  [](const Entrant& entrant) { return entrant.name == "limit"; });
+  if (limit == workload.entrants.end())
+    return 0;
+  const auto& limits = times[static_cast<std::size_t>(limit - workload.entrants.begin())];
+  Seconds ratios;
+  for (std::size_t round = 0; round < limits.size(); ++round)
+    ratios.push_back(times[index][round] / limits[round]);
+  return median(ratios);
+}
+
+void printRow(const Workload& workload, const std::vector<Seconds>& times, std::size_t index) {
+  const auto shown = [&](double seconds) {
+    return workload.unit == Unit::Bytes ? workload.amount / seconds / 1e9 : seconds * 1e9 / workload.amount;
+  };
+  const auto& entrant = workload.entrants[index];
+  const int decimals = workload.unit == Unit::Bytes ? 2 : 0;
+  std::printf("  %-28s %12.*f %12.*f", entrant.name.c_str(), decimals, shown(median(times[index])), decimals,
+              shown(*std::min_element(times[index].begin(), times[index].end())));
+  if (const double multiple = ratio(workload, times, index); multiple > 0)
+    std::printf(" %9.2f", multiple);
+  std::printf("%s%s%s\n", entrant.isApart ? "  syncs" : "", entrant.remark ? "  " : "",
+              entrant.remark ? entrant.remark().c_str() : "");
+}
+
+void print(const Workload& workload, const std::vector<Seconds>& times) {
+  std::printf("%s\n  %-28s %12s %12s %9s\n", workload.title.c_str(), workload.unit == Unit::Bytes ? "GB/s" : "ns each",
+              "median", "best", "x limit");
+  for (std::size_t index = 0; index < times.size(); ++index)
+    printRow(workload, times, index);
+  for (const auto& note : workload.notes)
+    std::printf("  (%s)\n", note.c_str());
+  std::printf("\n");
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+void measure(const Workload& workload, std::size_t rounds) {
+  std::mt19937 engine(1);
+  std::vector<Seconds> times(workload.entrants.size());
+  oneRound(workload, engine);
+  for (std::size_t round = 0; round < rounds; ++round) {
+    const auto took = oneRound(workload, engine);
+    for (std::size_t index = 0; index < took.size(); ++index)
+      times[index].push_back(took[index]);
+  }
+  print(workload, times);
+}
+
+void catchInterrupts() {
+  struct sigaction action {};
+  action.sa_handler = [](int) { isInterrupted = true; };
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+}
+
+}  // namespace bench
