@@ -39,12 +39,17 @@ void doTurns(const Workload& workload, bool apart, std::mt19937& engine, Seconds
   for (std::size_t index = 0; index < took.size(); ++index)
     if (workload.entrants[index].isApart == apart)
       order.push_back(index);
-  if (workload.settle && !order.empty())
-    workload.settle();
+  const auto settle = [&workload](bool isDue) {
+    if (isDue && workload.settle)
+      workload.settle();
+  };
+  settle(!order.empty());
   for (std::size_t turn = 0; turn < workload.turns; ++turn) {
     std::shuffle(order.begin(), order.end(), engine);
-    for (const auto index : order)
+    for (const auto index : order) {
+      settle(workload.turns == 1);
       took[index] += timed(workload.entrants[index], turn);
+    }
   }
 }
 

@@ -28,7 +28,8 @@ struct Workload {
   std::size_t turns = 1;  ///< in how many parts a round is done
   std::vector<Entrant> entrants = {};
   std::function<void()> prepare = {};  ///< before each round, not timed
-  std::function<void()> settle = {};   ///< after that, and before those that are apart; not timed
+  /// After that, and before those that are apart; where all is done in one turn, before each. Not timed.
+  std::function<void()> settle = {};
   std::vector<std::string> notes = {};
 };
 

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/xattr.h>
 
 namespace bench {
 namespace {
@@ -145,6 +146,10 @@ Peer::Job copier(const Paths& from, const Paths& to) {
   return [from, to](std::size_t number) { copyOne(from[number], to[number]); };
 }
 
+void writeAll(const Descriptor& file, const std::string& content) {
+  check(write(file.get(), content.data(), content.size()) == static_cast<ssize_t>(content.size()), "write");
+}
+
 enum class Sync { None, File, FileAndFolder };
 
 template <Sync sync>
@@ -152,12 +157,27 @@ std::function<void(const std::string&)> replacer(const std::string& folder, cons
   return [folder, target = folder + "/" + name, scratch = folder + "/." + name](const std::string& content) {
     {
       const Descriptor file(scratch, O_WRONLY | O_CREAT | O_EXCL);
-      check(write(file.get(), content.data(), content.size()) == static_cast<ssize_t>(content.size()), "write");
+      writeAll(file, content);
       check(sync == Sync::None || fsync(file.get()) == 0, "fsync");
     }
     check(rename(scratch.c_str(), target.c_str()) == 0, "rename");
     if (sync == Sync::FileAndFolder)
       check(fsync(Descriptor(folder, O_RDONLY | O_DIRECTORY).get()) == 0, "fsync of the folder");
+  };
+}
+
+/// With the mode of the file that is replaced, which has to be asked for, as has whether there are further permissions.
+std::function<void(const std::string&)> keepingReplacer(const std::string& folder, const std::string& name) {
+  return [target = folder + "/" + name, scratch = folder + "/." + name](const std::string& content) {
+    struct stat status;
+    check(lstat(target.c_str(), &status) == 0, "lstat");
+    check(getxattr(target.c_str(), "system.posix_acl_access", nullptr, 0) == -1, "there is an access control list");
+    {
+      const Descriptor file(scratch, O_WRONLY | O_CREAT | O_EXCL, 0600);
+      check(fchmod(file.get(), status.st_mode & 0777) == 0, "fchmod");
+      writeAll(file, content);
+    }
+    check(rename(scratch.c_str(), target.c_str()) == 0, "rename");
   };
 }
 
@@ -199,6 +219,7 @@ const bool added = add({.name = "limit",
                         .read = readAll,
                         .removeTree = removeTree}) &&
                    add({.name = "limit, read and write", .copy = copier<copyThroughBuffer>}) &&
+                   add({.name = "limit, keeping permissions", .replace = keepingReplacer}) &&
                    add({.name = "limit, fsync of folder too", .replaceDurably = replacer<Sync::FileAndFolder>});
 
 }  // namespace

@@ -19,6 +19,7 @@ struct Options {
   std::string memory = "/dev/shm";
   std::size_t rounds = 7;
   std::vector<std::string> only;
+  std::vector<std::string> peers;
   bool isSmall = false;
 };
 
@@ -32,6 +33,7 @@ void declare(CLI::App& app, Options& options) {
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
   app.add_option("--only", options.only, "Only the workloads whose names begin with one of these");
+  app.add_option("--peers", options.peers, "Only these, such as ours and limit: to trace or to profile them");
   app.add_flag("--small", options.isSmall, "A hundredth of the work, to see whether all works");
 }
 
@@ -54,6 +56,16 @@ bool isWanted(const Options& options, const Offer& offer) {
                                              [&](const std::string& name) { return offer.name.starts_with(name); });
 }
 
+Workload chosen(const Options& options, const Offer& offer) {
+  auto workload = offer.build();
+  const auto isUnwanted = [&](const Entrant& entrant) {
+    return std::find(options.peers.begin(), options.peers.end(), entrant.name) == options.peers.end();
+  };
+  if (!options.peers.empty())
+    std::erase_if(workload.entrants, isUnwanted);
+  return workload;
+}
+
 void run(const Options& options) {
   const auto scale = options.isSmall ? smallScale() : Scale{};
   const Space onDisk(options.data);
@@ -69,7 +81,7 @@ void run(const Options& options) {
   std::size_t count = 0;
   for (const auto& offer : allOf(disk, memory, scale))
     if (isWanted(options, offer)) {
-      measure(offer.build(), options.rounds);
+      measure(chosen(options, offer), options.rounds);
       ++count;
     }
   if (count == 0)
