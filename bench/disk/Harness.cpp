@@ -24,13 +24,22 @@ double median(Seconds values) {
 
 double timed(const Entrant& entrant, std::size_t turn) {
   if (isInterrupted)
-    throw std::runtime_error("interrupted");
+    throw std::runtime_error("interrupted before its turn");
   const auto start = std::chrono::steady_clock::now();
   entrant.run(turn);
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   if (entrant.check)
     entrant.check(turn);
   return took.count();
+}
+
+/// Says in a failure's text whose it was.
+double timedByName(const Entrant& entrant, std::size_t turn) {
+  try {
+    return timed(entrant, turn);
+  } catch (const std::exception& failure) {
+    throw std::runtime_error(entrant.name + ": " + failure.what());
+  }
 }
 
 /// All turns of the entrants that are apart, or of those that are not.
@@ -48,7 +57,7 @@ void doTurns(const Workload& workload, bool apart, std::mt19937& engine, Seconds
     std::shuffle(order.begin(), order.end(), engine);
     for (const auto index : order) {
       settle(workload.turns == 1);
-      took[index] += timed(workload.entrants[index], turn);
+      took[index] += timedByName(workload.entrants[index], turn);
     }
   }
 }

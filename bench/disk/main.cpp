@@ -66,6 +66,15 @@ Workload chosen(const Options& options, const Offer& offer) {
   return workload;
 }
 
+/// Says in a failure's text where it was.
+void measureByName(const Options& options, const Offer& offer) {
+  try {
+    measure(chosen(options, offer), options.rounds);
+  } catch (const std::exception& failure) {
+    throw std::runtime_error(offer.name + ": " + failure.what());
+  }
+}
+
 void run(const Options& options) {
   const auto scale = options.isSmall ? smallScale() : Scale{};
   const Space onDisk(options.data);
@@ -81,7 +90,7 @@ void run(const Options& options) {
   std::size_t count = 0;
   for (const auto& offer : allOf(disk, memory, scale))
     if (isWanted(options, offer)) {
-      measure(chosen(options, offer), options.rounds);
+      measureByName(options, offer);
       ++count;
     }
   if (count == 0)
