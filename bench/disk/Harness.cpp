@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <random>
 #include <stdexcept>
+#include <system_error>
 
 namespace bench {
 namespace {
@@ -108,7 +110,8 @@ void print(const Workload& workload, const std::vector<Seconds>& times) {
   for (const auto& note : workload.notes)
     std::printf("  (%s)\n", note.c_str());
   std::printf("\n");
-  std::fflush(stdout);
+  if (std::fflush(stdout) != 0)
+    throw std::system_error(errno, std::generic_category(), "standard output");
 }
 
 }  // namespace
@@ -130,6 +133,8 @@ void catchInterrupts() {
   action.sa_handler = [](int) { isInterrupted = true; };
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
+  action.sa_handler = SIG_IGN;
+  sigaction(SIGPIPE, &action, nullptr);
 }
 
 }  // namespace bench

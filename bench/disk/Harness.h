@@ -38,7 +38,8 @@ struct Workload {
 /// Throws what entrants throw, and `std::runtime_error` once the program was interrupted.
 void measure(const Workload& workload, std::size_t rounds);
 
-/// From now on SIGINT and SIGTERM end `measure` at the next turn, so that temporary files are removed.
+/// From now on SIGINT and SIGTERM end `measure` at the next turn, and a reader of the output that goes away makes it
+/// fail, so that temporary files are removed.
 void catchInterrupts();
 
 }  // namespace bench
