@@ -1,8 +1,8 @@
 // Kills programs that replace a file: whatever the moment, the file is whole.
 
 #include "TemporaryFolder.h"
+#include "support/Retry.h"
 
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/provider/ScratchFiles.h>
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
@@ -150,7 +150,7 @@ class Pipe {
 
   void waitForByte() const {
     char byte = 0;
-    EXPECT_EQ(detail::retried([&] { return read(ends_[0], &byte, 1); }), 1);
+    EXPECT_EQ(testing::retried([&] { return read(ends_[0], &byte, 1); }), 1);
   }
   int input() const { return ends_[1]; }
 
@@ -172,7 +172,7 @@ int startAndKill(Replacer& replacer, std::mt19937::result_type seed, std::size_t
   nanosleep(&delay, nullptr);
   EXPECT_EQ(kill(child, SIGKILL), 0);
   int status = 0;
-  EXPECT_EQ(detail::retried([&] { return waitpid(child, &status, 0); }), child);
+  EXPECT_EQ(testing::retried([&] { return waitpid(child, &status, 0); }), child);
   return status;
 }
 

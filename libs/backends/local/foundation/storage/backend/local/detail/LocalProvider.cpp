@@ -14,7 +14,6 @@
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
 #include <foundation/storage/backend/local/detail/posix/RecursiveListing.h>
 #include <foundation/storage/backend/local/detail/posix/Replacement.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/TransactionTarget.h>
@@ -322,7 +321,7 @@ void LocalProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t n
   if (newSize > static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()))
     throw systemFailure(EFBIG, "ftruncate", location);
   const auto size = static_cast<off_t>(newSize);
-  if (retried([&] { return sys().ftruncate(file.descriptor.get(), size); }) == -1)
+  if (sys().ftruncate(file.descriptor.get(), size) == -1)
     throw systemFailure(errno, "ftruncate", location);
   if (const int error = file.descriptor.close())
     throw systemFailure(error, "close", location);
@@ -394,7 +393,7 @@ provider::ExtendedAttributes LocalProvider::doGetExtendedAttributes(const Storag
 provider::ProviderStorageInfo LocalProvider::doGetProviderStorageInfo(const StorageIRI& location) const {
   const auto reached = reach(*files(), location);
   struct statvfs status;
-  if (retried([&] { return sys().statvfs(reached.path.c_str(), &status); }) == -1)
+  if (sys().statvfs(reached.path.c_str(), &status) == -1)
     throw systemFailure(errno, "statvfs", location);
   return provider::ProviderStorageInfo()
       .withStorageCapacity(status.f_blocks * status.f_frsize)

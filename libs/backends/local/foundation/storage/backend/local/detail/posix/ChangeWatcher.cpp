@@ -3,7 +3,6 @@
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/EntryState.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SubscriptionFailure.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
@@ -113,7 +112,7 @@ void ChangeWatcher::end() noexcept {
     return;
   ending_ = true;
   constexpr std::uint64_t one = 1;
-  retried([&] { return sys().write(wakeUp_.get(), &one, sizeof one); });
+  sys().write(wakeUp_.get(), &one, sizeof one);
   thread_.join();
   inotify_->close();  // with all watches, which is quicker than one by one
   trees_.clear();
@@ -135,12 +134,12 @@ void ChangeWatcher::awaitEvents() {
   pollfd waiting[] = {{inotify_->descriptor(), POLLIN, 0}, {wakeUp_.get(), POLLIN, 0}};
   constexpr int secondInMilliseconds = 1000;
   const int timeout = mustLookAgain_ ? secondInMilliseconds : -1;
-  if (retried([&] { return sys().poll(waiting, std::size(waiting), timeout); }) == -1)
+  if (sys().poll(waiting, std::size(waiting), timeout) == -1)
     fail("poll");
 }
 
 void ChangeWatcher::handleEvents() {
-  const auto size = retried([this] { return sys().read(inotify_->descriptor(), buffer_.data(), buffer_.size()); });
+  const auto size = sys().read(inotify_->descriptor(), buffer_.data(), buffer_.size());
   if (size == -1 && errno != EAGAIN)
     fail("read");
   checkTrees(Which::Uncertain);

@@ -1,7 +1,6 @@
 #include <foundation/storage/backend/local/detail/posix/FileSystem.h>
 
 #include <foundation/storage/backend/local/detail/posix/OutOfRoot.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/Walk.h>
 
@@ -116,7 +115,7 @@ class ConfinedFileSystem final : public FileSystem {
   int openBeneath(const char* path, int flags, mode_t mode) const {
     const std::uint64_t resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS | (followsLinks_ ? 0 : RESOLVE_NO_SYMLINKS);
     const mode_t usedMode = (flags & O_CREAT) != 0 ? mode & 07777 : 0;  // else the kernel refuses it
-    return retried([&] { return sys().openBeneath(root_.get(), path, flags, usedMode, resolve); });
+    return sys().openBeneath(root_.get(), path, flags, usedMode, resolve);
   }
 
   Descriptor openByWalk(const std::string& path, int flags, mode_t mode) const {
@@ -127,8 +126,7 @@ class ConfinedFileSystem final : public FileSystem {
       if (!walk.go(path, followsLast))
         return {};
       // The walk has left no link at the end, unless one is asked for, or has come there since.
-      Descriptor opened(
-          retried([&] { return sys().openat(walk.folder(), walk.name().c_str(), flags | O_NOFOLLOW, mode); }));
+      Descriptor opened(sys().openat(walk.folder(), walk.name().c_str(), flags | O_NOFOLLOW, mode));
       if (opened.isOpen() || errno != ELOOP || !followsLast)
         return opened;
     }

@@ -1,7 +1,6 @@
 #include <foundation/storage/backend/local/detail/posix/ContentCopy.h>
 
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <algorithm>
@@ -60,7 +59,7 @@ bool ContentCopy::copyData() {
       break;  // the source has become shorter
   }
   const auto size = std::max(at_, sys().lseek(from_.file, 0, SEEK_END));
-  if (retried([&] { return sys().ftruncate(to_.file, size); }) == -1)
+  if (sys().ftruncate(to_.file, size) == -1)
     throw systemFailure(errno, "ftruncate", to_.location);
   return advance(size - at_);
 }
@@ -102,7 +101,7 @@ off_t ContentCopy::copyChunk(off_t maximum) {
 off_t ContentCopy::copyRange(off_t maximum) {
   const bool isSmall = at_ == 0 && status_.st_size < static_cast<off_t>(smallSize);
   const auto size = static_cast<std::size_t>(maximum);
-  const auto copied = isSmall ? 0 : retried([&] { return sys().copyFileRange(from_.file, to_.file, size); });
+  const auto copied = isSmall ? 0 : sys().copyFileRange(from_.file, to_.file, size);
   if (copied == -1 && !meansUnable(errno))
     throw systemFailure(errno, "copy_file_range", to_.location);
   usesRanges_ = copied > 0 || (copied == 0 && at_ > 0);
@@ -114,7 +113,7 @@ off_t ContentCopy::copyThroughBuffer(off_t maximum) {
   if (!buffer_)
     buffer_.reset(new char[wholeBuffer]);
   const auto size = std::min(static_cast<std::size_t>(maximum), wholeBuffer);
-  const auto got = retried([&] { return sys().read(from_.file, buffer_.get(), size); });
+  const auto got = sys().read(from_.file, buffer_.get(), size);
   if (got == -1)
     throw systemFailure(errno, "read", from_.location);
   write(buffer_.get(), static_cast<std::size_t>(got));
@@ -123,7 +122,7 @@ off_t ContentCopy::copyThroughBuffer(off_t maximum) {
 
 void ContentCopy::write(const char* data, std::size_t size) const {
   while (size > 0) {
-    const auto written = retried([&] { return sys().write(to_.file, data, size); });
+    const auto written = sys().write(to_.file, data, size);
     if (written <= 0)
       throw systemFailure(written == 0 ? ENOSPC : errno, "write", to_.location);
     data += written;

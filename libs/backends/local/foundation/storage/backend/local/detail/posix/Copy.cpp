@@ -5,7 +5,6 @@
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
 #include <foundation/storage/backend/local/detail/posix/Replacement.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/provider/FailureConversion.h>
 
@@ -39,7 +38,7 @@ void requireDifferent(const struct stat& source, const struct stat& destination,
 OpenFile openExisting(const FileSystem& files, const StorageIRI& location, const OpenFile& source, mode_t mode) {
   auto file = opened(location, [&] { return openFile(files, location, O_WRONLY | O_CREAT, mode); });
   requireDifferent(source.status, file.status, location);
-  if (file.status.st_size > 0 && retried([&] { return sys().ftruncate(file.descriptor.get(), 0); }) == -1)
+  if (file.status.st_size > 0 && sys().ftruncate(file.descriptor.get(), 0) == -1)
     throw systemFailure(errno, "ftruncate", location);
   return file;
 }

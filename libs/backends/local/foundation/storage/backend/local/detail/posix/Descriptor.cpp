@@ -6,6 +6,12 @@
 
 namespace foundation::storage::backend::local::detail {
 
+Descriptor::~Descriptor() {
+  const int error = errno;
+  close();
+  errno = error;
+}
+
 int Descriptor::close() noexcept {
   if (!isOpen() || sys().close(std::exchange(number_, -1)) == 0)
     return 0;

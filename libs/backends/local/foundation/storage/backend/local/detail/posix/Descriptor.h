@@ -14,7 +14,8 @@ class Descriptor {
     std::swap(number_, other.number_);
     return *this;
   }
-  ~Descriptor() { close(); }
+  /// Keeps errno, which may say why something else failed.
+  ~Descriptor();
 
   int get() const noexcept { return number_; }
   bool isOpen() const noexcept { return number_ >= 0; }

@@ -4,7 +4,6 @@
 #include <foundation/storage/backend/local/detail/posix/ContentCopy.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/FolderReader.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/Xattrs.h>
 
@@ -31,7 +30,7 @@ void copyOne(const End& from, const End& to);
 
 Descriptor open(const End& end, int flags, mode_t mode = 0) {
   const int all = flags | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY;
-  Descriptor opened(retried([&] { return sys().openat(end.folder, end.name, all, mode); }));
+  Descriptor opened(sys().openat(end.folder, end.name, all, mode));
   if (!opened.isOpen())
     throw systemFailure(errno, "open", end.location);
   return opened;
@@ -54,8 +53,8 @@ void finish(const Descriptor& source, const struct stat& status, Descriptor copy
     throw systemFailure(errno, "fchmod", to.location);
   const auto path = "/proc/self/fd/" + std::to_string(source.get());
   copyAttributes(path, attributeNames(path, from.location), copy.get(), AccessList::Copy, to.location);
-  if (sys().utimensat(copy.get(), nullptr, timesOf(status).data(), 0) == -1)
-    throw systemFailure(errno, "utimensat", to.location);
+  if (sys().futimens(copy.get(), timesOf(status).data()) == -1)
+    throw systemFailure(errno, "futimens", to.location);
   if (const int error = copy.close())
     throw systemFailure(error, "close", to.location);
 }

@@ -1,7 +1,6 @@
 #include <foundation/storage/backend/local/detail/posix/FolderReader.h>
 
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <cerrno>
@@ -42,7 +41,7 @@ void FolderReader::rewind() {
 }
 
 bool FolderReader::fill() {
-  const auto got = retried([this] { return sys().getdents(folder_.get(), buffer_.get(), bufferSize); });
+  const auto got = sys().getdents(folder_.get(), buffer_.get(), bufferSize);
   if (got == -1 && errno != ENOENT)  // ENOENT: the folder was removed while it was read
     throw systemFailure(errno, "getdents64", location_);
   at_ = 0;

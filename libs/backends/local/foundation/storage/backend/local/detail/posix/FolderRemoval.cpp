@@ -3,7 +3,6 @@
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/FolderReader.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <cerrno>
@@ -92,7 +91,7 @@ class FolderRemoval {
       return;  // it was replaced since it was listed
     if (error != ENOTEMPTY && error != EEXIST)
       fail(error, "rmdir", name);
-    Descriptor opened(retried([&] { return sys().openat(folder(), name.c_str(), asFolder, 0); }));
+    Descriptor opened(sys().openat(folder(), name.c_str(), asFolder, 0));
     if (opened.isOpen())
       descend(std::move(name), std::move(opened));
     else if (errno != ENOENT)
@@ -121,7 +120,7 @@ class FolderRemoval {
   /// The way up is the one that the removal came by, even if somebody has moved the folder meanwhile.
   void reopenFrom(int child) {
     auto& level = levels_.back();
-    Descriptor parent(retried([&] { return sys().openat(child, "..", asFolder, 0); }));
+    Descriptor parent(sys().openat(child, "..", asFolder, 0));
     struct stat status;
     if (!parent.isOpen() || sys().fstat(parent.get(), &status) == -1)
       fail(errno, "open", "");
@@ -149,7 +148,7 @@ void removeFolderTree(const FileSystem& files, const StorageIRI& location, const
   const auto place = files.place(path);
   if (!place)
     throw systemFailure(errno, "open", location);
-  Descriptor folder(retried([&] { return sys().openat(place->folder, place->name.c_str(), asFolder, 0); }));
+  Descriptor folder(sys().openat(place->folder, place->name.c_str(), asFolder, 0));
   if (!folder.isOpen())
     throw systemFailure(errno, "open", location);
   FolderRemoval(location).empty(std::move(folder));

@@ -1,7 +1,6 @@
 #include <foundation/storage/backend/local/detail/posix/LocalByteStream.h>
 
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <array>
@@ -26,7 +25,7 @@ LocalByteStream::LocalByteStream(int descriptor, provider::StorageIRI location)
 std::int64_t LocalByteStream::doRead(char* buffer, std::int64_t count) {
   if (count < 0)
     throw streamRefusal<ByteStreamReadFailure>(ErrorCode::IOError, location_, "The count is negative");
-  const auto got = retried([&] { return sys().read(descriptor_, buffer, static_cast<std::size_t>(count)); });
+  const auto got = sys().read(descriptor_, buffer, static_cast<std::size_t>(count));
   if (got == -1)
     throw streamFailure<ByteStreamReadFailure>(errno, "read", location_);
   return got == 0 && count > 0 ? -1 : got;
@@ -40,7 +39,7 @@ std::int64_t LocalByteStream::doWrite(const char* buffer, std::int64_t count) {
   std::int64_t done = 0;
   while (done < count) {
     const auto rest = static_cast<std::size_t>(count - done);
-    const auto written = retried([&] { return sys().write(descriptor_, buffer + done, rest); });
+    const auto written = sys().write(descriptor_, buffer + done, rest);
     if (written > 0)
       done += written;
     else if (done > 0)

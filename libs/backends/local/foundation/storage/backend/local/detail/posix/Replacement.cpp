@@ -4,7 +4,6 @@
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/Rename.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/Xattrs.h>
 #include <foundation/storage/provider/ScratchFiles.h>
@@ -102,7 +101,7 @@ void Replacement::commit(provider::ReplacementPolicy policy) {
     throw systemFailure(errno, "open", target_.location);
   putInPlace(policy);
   // Some file systems have nothing to do for a folder, and say so.
-  if (retried([&] { return sys().fsync(folder.get()); }) == -1 && errno != EINVAL)
+  if (sys().fsync(folder.get()) == -1 && errno != EINVAL)
     throw systemFailure(errno, "fsync", target_.location);
 }
 
@@ -119,7 +118,7 @@ void Replacement::abort() {
 void Replacement::finishContent() {
   takeAttributes();
   // Once it has failed, another fsync may succeed although data is lost (fsync(2), "Errors").
-  if (configuration_.isDurable && retried([this] { return sys().fsync(descriptor()); }) == -1)
+  if (configuration_.isDurable && sys().fsync(descriptor()) == -1)
     throw systemFailure(errno, "fsync", scratch_);
   if (const int error = descriptor_.close())
     throw systemFailure(error, "close", scratch_);

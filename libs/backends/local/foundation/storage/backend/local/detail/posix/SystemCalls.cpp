@@ -77,6 +77,7 @@ constexpr SystemCalls makeRealSystemCalls() {
   calls.fchownat = ::fchownat;
   calls.fchown = ::fchown;
   calls.utimensat = ::utimensat;
+  calls.futimens = ::futimens;
   calls.listxattr = ::listxattr;
   calls.getxattr = ::getxattr;
   calls.fsetxattr = [](int file, const char* name, const void* value, std::size_t size) noexcept {

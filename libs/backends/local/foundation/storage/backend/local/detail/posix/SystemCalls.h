@@ -1,5 +1,7 @@
 #pragma once
 
+#include <foundation/storage/backend/local/detail/posix/SystemCall.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <poll.h>
@@ -12,62 +14,63 @@ namespace foundation::storage::backend::local::detail {
 /// Every system call that this back end makes, so that a test can make any of them fail. Each is the call of its name
 /// in section 2 of the manual, unless said otherwise.
 struct SystemCalls {
-  int (*openat)(int folder, const char* path, int flags, mode_t mode) noexcept;
+  SystemCall<int(int folder, const char* path, int flags, mode_t mode)> openat;
   /// openat2(2)
-  int (*openBeneath)(int folder, const char* path, int flags, mode_t mode, std::uint64_t resolve) noexcept;
-  int (*close)(int file) noexcept;
-  ssize_t (*read)(int file, void* buffer, std::size_t size) noexcept;
-  ssize_t (*write)(int file, const void* buffer, std::size_t size) noexcept;
-  off_t (*lseek)(int file, off_t offset, int origin) noexcept;
-  int (*ftruncate)(int file, off_t size) noexcept;
-  int (*fsync)(int file) noexcept;
+  SystemCall<int(int folder, const char* path, int flags, mode_t mode, std::uint64_t resolve)> openBeneath;
+  int (*close)(int file) noexcept;  // not repeated: it is closed in any case
+  SystemCall<ssize_t(int file, void* buffer, std::size_t size)> read;
+  SystemCall<ssize_t(int file, const void* buffer, std::size_t size)> write;
+  SystemCall<off_t(int file, off_t offset, int origin)> lseek;
+  SystemCall<int(int file, off_t size)> ftruncate;
+  SystemCall<int(int file)> fsync;
   /// ioctl_ficlone(2)
-  int (*cloneContent)(int to, int from) noexcept;
-  ssize_t (*copyFileRange)(int from, int to, std::size_t size) noexcept;
-  ssize_t (*getdents)(int folder, void* buffer, std::size_t size) noexcept;
+  SystemCall<int(int to, int from)> cloneContent;
+  SystemCall<ssize_t(int from, int to, std::size_t size)> copyFileRange;
+  SystemCall<ssize_t(int folder, void* buffer, std::size_t size)> getdents;
   /// fcntl(2), F_GETFL and F_SETFL
-  int (*fileFlags)(int file) noexcept;
-  int (*setFileFlags)(int file, int flags) noexcept;
+  SystemCall<int(int file)> fileFlags;
+  SystemCall<int(int file, int flags)> setFileFlags;
 
-  int (*fstat)(int file, struct stat* status) noexcept;
-  int (*fstatat)(int folder, const char* path, struct stat* status, int flags) noexcept;
-  int (*faccessat)(int folder, const char* path, int mode, int flags) noexcept;
-  ssize_t (*readlinkat)(int folder, const char* path, char* text, std::size_t size) noexcept;
+  SystemCall<int(int file, struct stat* status)> fstat;
+  SystemCall<int(int folder, const char* path, struct stat* status, int flags)> fstatat;
+  SystemCall<int(int folder, const char* path, int mode, int flags)> faccessat;
+  SystemCall<ssize_t(int folder, const char* path, char* text, std::size_t size)> readlinkat;
   /// realpath(3), to be freed
-  char* (*realpath)(const char* path) noexcept;
-  int (*statvfs)(const char* path, struct statvfs* status) noexcept;
+  SystemCall<char*(const char* path)> realpath;
+  SystemCall<int(const char* path, struct statvfs* status)> statvfs;
   /// The magic number of statfs(2).
-  int (*fileSystemType)(int file, long* type) noexcept;
+  SystemCall<int(int file, long* type)> fileSystemType;
   /// FS_IOC_GETFLAGS of ioctl_iflags(2)
-  int (*inodeFlags)(int file, int* flags) noexcept;
+  SystemCall<int(int file, int* flags)> inodeFlags;
 
-  int (*mkdirat)(int folder, const char* path, mode_t mode) noexcept;
-  int (*mknodat)(int folder, const char* path, mode_t mode, dev_t device) noexcept;
-  int (*symlinkat)(const char* text, int folder, const char* path) noexcept;
-  int (*linkat)(int fromFolder, const char* from, int toFolder, const char* to) noexcept;
-  int (*unlinkat)(int folder, const char* path, int flags) noexcept;
-  int (*renameat)(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept;
-  int (*chmod)(const char* path, mode_t mode) noexcept;
-  int (*fchmod)(int file, mode_t mode) noexcept;
-  int (*fchownat)(int folder, const char* path, uid_t owner, gid_t group, int flags) noexcept;
-  int (*fchown)(int file, uid_t owner, gid_t group) noexcept;
-  int (*utimensat)(int folder, const char* path, const timespec* times, int flags) noexcept;
+  SystemCall<int(int folder, const char* path, mode_t mode)> mkdirat;
+  SystemCall<int(int folder, const char* path, mode_t mode, dev_t device)> mknodat;
+  SystemCall<int(const char* text, int folder, const char* path)> symlinkat;
+  SystemCall<int(int fromFolder, const char* from, int toFolder, const char* to)> linkat;
+  SystemCall<int(int folder, const char* path, int flags)> unlinkat;
+  SystemCall<int(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags)> renameat;
+  SystemCall<int(const char* path, mode_t mode)> chmod;
+  SystemCall<int(int file, mode_t mode)> fchmod;
+  SystemCall<int(int folder, const char* path, uid_t owner, gid_t group, int flags)> fchownat;
+  SystemCall<int(int file, uid_t owner, gid_t group)> fchown;
+  SystemCall<int(int folder, const char* path, const timespec* times, int flags)> utimensat;
+  SystemCall<int(int file, const timespec* times)> futimens;
 
-  ssize_t (*listxattr)(const char* path, char* names, std::size_t size) noexcept;
-  ssize_t (*getxattr)(const char* path, const char* name, void* value, std::size_t size) noexcept;
-  int (*fsetxattr)(int file, const char* name, const void* value, std::size_t size) noexcept;
+  SystemCall<ssize_t(const char* path, char* names, std::size_t size)> listxattr;
+  SystemCall<ssize_t(const char* path, const char* name, void* value, std::size_t size)> getxattr;
+  SystemCall<int(int file, const char* name, const void* value, std::size_t size)> fsetxattr;
 
-  int (*eventfd)(int flags) noexcept;
-  int (*poll)(pollfd* files, nfds_t count, int milliseconds) noexcept;
-  int (*inotifyInit)(int flags) noexcept;
-  int (*inotifyAddWatch)(int inotify, const char* path, std::uint32_t mask) noexcept;
-  int (*inotifyRemoveWatch)(int inotify, int watch) noexcept;
+  SystemCall<int(int flags)> eventfd;
+  SystemCall<int(pollfd* files, nfds_t count, int milliseconds)> poll;
+  SystemCall<int(int flags)> inotifyInit;
+  SystemCall<int(int inotify, const char* path, std::uint32_t mask)> inotifyAddWatch;
+  SystemCall<int(int inotify, int watch)> inotifyRemoveWatch;
 };
 
 /// The system itself.
 extern const SystemCalls realSystemCalls;
 
-/// The calls to make. Like the system's they return -1 and set errno, and EINTR is for the caller to retry.
+/// The calls to make. Like the system's they return -1 and set errno.
 const SystemCalls& sys() noexcept;
 
 /// Puts other calls in the place of the system's, for all threads; for tests.

@@ -1,7 +1,6 @@
 #include <foundation/storage/backend/local/detail/posix/Walk.h>
 
 #include <foundation/storage/backend/local/detail/posix/OutOfRoot.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
 #include <algorithm>
@@ -18,7 +17,7 @@ namespace {
 constexpr int lookOnly = O_PATH | O_NOFOLLOW | O_CLOEXEC;
 
 Descriptor openAt(int folder, const std::string& name, int flags) {
-  return Descriptor(retried([&] { return sys().openat(folder, name.c_str(), flags, 0); }));
+  return Descriptor(sys().openat(folder, name.c_str(), flags, 0));
 }
 
 /// The text of an open link.

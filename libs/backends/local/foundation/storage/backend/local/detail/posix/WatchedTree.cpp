@@ -2,7 +2,6 @@
 
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SubscriptionFailure.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
@@ -218,7 +217,7 @@ Descriptor WatchedTree::open(const WatchedFolder& folder) const {
   const bool isRoot = folder.parent == nullptr;
   const auto path = isRoot ? path_ : nativePathOf(folder);
   const int flags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isRoot ? 0 : O_NOFOLLOW);
-  Descriptor opened(retried([&] { return sys().openat(AT_FDCWD, withoutTrailingSlashes(path).c_str(), flags, 0); }));
+  Descriptor opened(sys().openat(AT_FDCWD, withoutTrailingSlashes(path).c_str(), flags, 0));
   if (!opened.isOpen() && ((isRoot && isStarting_) || !isUnreadable(errno)))
     throw systemFailure(errno, "open", publisher_.watched());
   return opened;

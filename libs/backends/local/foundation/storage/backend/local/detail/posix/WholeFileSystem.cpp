@@ -1,6 +1,5 @@
 #include <foundation/storage/backend/local/detail/posix/FileSystem.h>
 
-#include <foundation/storage/backend/local/detail/posix/Retry.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/Walk.h>
 
@@ -37,8 +36,7 @@ class WholeFileSystem final : public FileSystem {
     const auto place = this->place(path);
     if (!place)
       return {};
-    return Descriptor(
-        retried([&] { return sys().openat(place->folder, place->name.c_str(), flags | O_CLOEXEC, mode); }));
+    return Descriptor(sys().openat(place->folder, place->name.c_str(), flags | O_CLOEXEC, mode));
   }
 
   std::optional<Place> place(const std::string& path) const override {
@@ -59,7 +57,7 @@ class WholeFileSystem final : public FileSystem {
     if (!place)
       return std::nullopt;
     const int flags = O_PATH | O_CLOEXEC | (links == Links::Keep ? O_NOFOLLOW : 0);
-    Descriptor entry(retried([&] { return sys().openat(place->folder, place->name.c_str(), flags, 0); }));
+    Descriptor entry(sys().openat(place->folder, place->name.c_str(), flags, 0));
     if (!entry.isOpen())
       return std::nullopt;
     auto way = "/proc/self/fd/" + std::to_string(entry.get());

@@ -51,8 +51,7 @@ std::optional<std::string> attributeValue(const std::string& path, const std::st
                                           const StorageIRI& location) {
   auto value =
       sized([&](char* buffer, std::size_t size) { return sys().getxattr(path.c_str(), name.c_str(), buffer, size); });
-  const bool isOut = errno == ENODATA || errno == EACCES || errno == EPERM || errno == EOPNOTSUPP;
-  if (!value && !isOut)
+  if (!value && errno != ENODATA)
     throw systemFailure(errno, "getxattr", location);
   return value;
 }

@@ -18,8 +18,7 @@ constexpr std::string_view accessListName = "system.posix_acl_access";
 /// `Exception` with `location`.
 std::vector<std::string> attributeNames(const std::string& path, const provider::StorageIRI& location);
 
-/// An attribute's bytes; nothing where there is none of that name (any more), or it may not be read. Throws
-/// `Exception` with `location`.
+/// An attribute's bytes; nothing where there is none of that name (any more). Throws `Exception` with `location`.
 std::optional<std::string> attributeValue(const std::string& path, const std::string& name,
                                           const provider::StorageIRI& location);
 

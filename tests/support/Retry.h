@@ -2,7 +2,7 @@
 
 #include <cerrno>
 
-namespace foundation::storage::backend::local::detail {
+namespace foundation::storage::testing {
 
 /// The result of `call()`, made again as long as a signal interrupts it.
 template <class Call>
@@ -13,4 +13,4 @@ auto retried(const Call& call) {
   return result;
 }
 
-}  // namespace foundation::storage::backend::local::detail
+}  // namespace foundation::storage::testing

@@ -1,0 +1,118 @@
+// Moves to another file system.
+
+#include "ReplacedCalls.h"
+#include "TemporaryFolder.h"
+
+#include <foundation/storage/provider/ScratchFiles.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <sys/xattr.h>
+#include <vector>
+
+namespace foundation::storage::backend::local {
+namespace {
+
+namespace fs = std::filesystem;
+
+class MoveAcrossTest : public LocalTest {
+ protected:
+  MoveAcrossTest() {
+    fs::create_directory(other);
+    fs::create_directories(native("tree/sub/empty"));
+    put("tree/file", "content");
+    put("tree/sub/sparse", "x");
+    fs::resize_file(native("tree/sub/sparse"), 64 << 20);
+    fs::create_symlink("no/where", native("tree/link"));
+    EXPECT_EQ(mkfifo(native("tree/pipe").c_str(), 0640), 0);
+    EXPECT_EQ(chmod(native("tree/sub").c_str(), 0750), 0);
+    EXPECT_EQ(chmod(native("tree/file").c_str(), 0604), 0);
+    setxattr(native("tree/file").c_str(), "user.a", "b", 1, 0);
+    const timespec times[] = {{1, 2}, {3, 4}};
+    for (const auto* name : {"tree/file", "tree/link", "tree/sub", "tree"})
+      EXPECT_EQ(utimensat(AT_FDCWD, native(name).c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
+  }
+  ~MoveAcrossTest() override { fs::remove_all(other); }
+
+  void SetUp() override {
+    if (statusOf(path).st_dev == statusOf(other).st_dev)
+      GTEST_SKIP() << "there is only one file system here";
+  }
+
+  static struct stat statusOf(const std::string& file) {
+    struct stat status {};
+    EXPECT_EQ(lstat(file.c_str(), &status), 0) << file;
+    return status;
+  }
+
+  StorageIRI there(const std::u16string& name) const {
+    return {toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(other))), name};
+  }
+
+  std::vector<std::string> namesThere() const {
+    std::vector<std::string> found;
+    for (const auto& entry : fs::directory_iterator(other))
+      found.push_back(entry.path().filename().string());
+    std::sort(found.begin(), found.end());
+    return found;
+  }
+
+  const std::string other = "/dev/shm/" + fs::path(path).filename().string();
+};
+
+TEST_F(MoveAcrossTest, TakesTheWholeTreeAlongAsItIs) {
+  const auto ownerBefore = statusOf(native("tree/file")).st_uid;
+  child(u"tree").moveFolder(there(u"moved"), ReplacementPolicy::NoClobber);
+  EXPECT_FALSE(fs::exists(native("tree")));
+  EXPECT_EQ(namesThere(), std::vector<std::string>{"moved"});
+  const auto file = statusOf(other + "/moved/file");
+  EXPECT_EQ(file.st_mode, S_IFREG | 0604U);
+  EXPECT_EQ(file.st_uid, ownerBefore);
+  EXPECT_EQ(file.st_mtim.tv_sec, 3);
+  EXPECT_EQ(file.st_mtim.tv_nsec, 4);
+  EXPECT_EQ(fs::file_size(other + "/moved/file"), 7U);
+  EXPECT_EQ(statusOf(other + "/moved/sub").st_mode, S_IFDIR | 0750U);
+  EXPECT_EQ(statusOf(other + "/moved/sub").st_mtim.tv_sec, 3);
+  EXPECT_EQ(statusOf(other + "/moved").st_mtim.tv_sec, 3);
+  EXPECT_EQ(statusOf(other + "/moved/pipe").st_mode, S_IFIFO | 0640U);
+  EXPECT_EQ(fs::read_symlink(other + "/moved/link"), "no/where");
+  EXPECT_TRUE(fs::is_empty(other + "/moved/sub/empty"));
+  const auto sparse = statusOf(other + "/moved/sub/sparse");
+  EXPECT_EQ(sparse.st_size, 64 << 20);
+  EXPECT_LT(sparse.st_blocks, 1024);
+}
+
+TEST_F(MoveAcrossTest, ReplacesOrKeepsByPolicy) {
+  std::ofstream(other + "/a") << "there";
+  EXPECT_EQ(codeThrownAt(there(u"a"), [&] { child(u"tree/file").moveFile(there(u"a"), ReplacementPolicy::Preserve); }),
+            ErrorCode::ResourceAlreadyExists);
+  EXPECT_EQ(content("tree/file"), "content");
+  child(u"tree/file").moveFile(there(u"a"), ReplacementPolicy::Overwrite);
+  EXPECT_EQ(fs::file_size(other + "/a"), 7U);
+  EXPECT_FALSE(fs::exists(native("tree/file")));
+  EXPECT_EQ(namesThere(), std::vector<std::string>{"a"});
+}
+
+TEST_F(MoveAcrossTest, LeavesEverythingWhereItWasWhenTheOtherIsFull) {
+  auto calls = detail::realSystemCalls;
+  calls.write = [](int, const void*, std::size_t) noexcept -> ssize_t {
+    errno = ENOSPC;
+    return -1;
+  };
+  calls.copyFileRange = [](int, int, std::size_t) noexcept -> ssize_t {
+    errno = ENOSPC;
+    return -1;
+  };
+  const ReplacedCalls full(calls);
+  try {
+    child(u"tree").moveFolder(there(u"moved"), ReplacementPolicy::Overwrite);
+    ADD_FAILURE() << "it fitted";
+  } catch (const Exception& failure) {
+    EXPECT_EQ(failure.getErrorCode(), ErrorCode::NoSpaceLeft);
+  }
+  EXPECT_EQ(content("tree/file"), "content");
+  EXPECT_TRUE(namesThere().empty());
+}
+
+}  // namespace
+}  // namespace foundation::storage::backend::local
