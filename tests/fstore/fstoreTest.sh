@@ -112,6 +112,17 @@ watch
 watch a b
 watch --poll 0 a
 watch --poll a
+truncate a
+truncate -s a b
+truncate -s -1 a
+truncate -s 1X a
+truncate -s 1iB a
+truncate -s 99999999999E a
+touch -d 2001-02-30 a
+touch -d 2001-02-03T24:00:00 a
+touch -d 2001-02-03T04:05:06.Z a
+touch -d 2001-02-03T04:05:06Zx a
+sum
 TABLE
 run --help
 same "0 " "$code $err" "--help"
@@ -487,6 +498,67 @@ ok mkdir -p folder missing/a/b missing/a/c/ missing
 echo text >file
 fails "$here/file: ResourceAlreadyExists: *" mkdir -p file
 
+# --- touch, truncate, sum and df ----------------------------------------------------------------------
+
+fresh
+lacks() { # lacks ARGUMENT...: runs fstore; whether the store has no such operation, which is no fault of the command
+  run "$@"
+  [[ $err == *": UnsupportedOperation: "* ]] && skipped "fstore $*: the store cannot do it"
+}
+ok touch -c missing
+absent missing
+ok touch new
+holds new ''
+fails "$here/missing/file: ResourceNotFound: No such file or directory" touch missing/file
+mkdir folder
+if ! lacks touch folder; then
+  while IFS='|' read -r time shown; do
+    for target in new folder; do
+      ok touch -d "$time" "$target"
+      same "$shown" "$(TZ=UTC stat -c %y "$target")" "fstore touch -d $time $target"
+    done
+  done <<'TABLE'
+2001-02-03T04:05:06.123456Z|2001-02-03 04:05:06.123456000 +0000
+2001-02-03 04:05:06|2001-02-03 04:05:06.000000000 +0000
+2024-02-29|2024-02-29 00:00:00.000000000 +0000
+1969-12-31T23:59:59.5Z|1969-12-31 23:59:59.500000000 +0000
+TABLE
+  : >reference
+  ok touch new
+  [[ ! new -ot reference ]] || complain "touch without a time does not set the present one"
+fi
+while read -r size bytes; do
+  ok truncate -s "$size" file
+  same "$bytes" "$(stat -c %s file)" "fstore truncate -s $size"
+done <<'TABLE'
+5 5
+3K 3072
+2KiB 2048
+2kB 2000
+1M 1048576
+0 0
+TABLE
+printf 12345 >file
+ok truncate -s 3 file
+holds file 123
+ok truncate --no-create --size=3 missing
+absent missing
+fails "$here/folder: InvalidLocation: *" truncate -s 1 folder
+
+head -c 1000000 /dev/urandom >'a b%'
+for name in $'two\nlines' 'back\slash' $'carriage\rreturn' $'\xff' empty; do : >"$name"; done
+expected=$(sha256sum ./*[!er] ./empty 2>/dev/null) # not the folder
+run sum ./*[!er] ./empty
+same "$expected" "$out" "what fstore sum prints"
+fails "$here/folder: InvalidLocation: Is a directory" sum folder
+same '' "$out" "the checksum of a folder"
+
+if ! lacks df .; then
+  # What is occupied changes all the time, the capacity does not.
+  same "$(($(stat -f -c '%S * %b' .))) $here" "$(awk 'NR == 2 {print $1, $4}' "$work/out")" "the capacity of a store"
+  ok df -h .
+fi
+
 # --- failures that all operations share -------------------------------------------------------------
 
 fresh
@@ -494,7 +566,7 @@ echo text >file
 mkdir folder
 mkfifo pipe
 long=$(printf 'n%.0s' {1..300})
-for operation in ls stat cat rm mkdir 'mkdir -p' put 'mv file' 'cp file'; do
+for operation in ls stat cat rm mkdir 'mkdir -p' put 'mv file' 'cp file' sum touch 'truncate -s 0'; do
   read -ra words <<<"$operation"
   while IFS='|' read -r argument problem; do
     fails "$problem" "${words[@]}" "$(printf '%b' "$argument")" </dev/null
@@ -510,12 +582,12 @@ mailto:someone|mailto:someone: InvalidLocation: *
 $long|$here/$long: InvalidLocation: File name too long
 TABLE
 done
-for operation in ls stat cat rm mkdir put 'mv file' 'cp file'; do
+for operation in ls stat cat rm mkdir put 'mv file' 'cp file' sum touch 'truncate -s 0'; do
   read -ra words <<<"$operation"
   fails "$here/file/below: InvalidLocation: Not a directory" "${words[@]}" file/below </dev/null
 done
 fails "$here/file*" mkdir -p file/below
-for operation in cat ls stat rm; do
+for operation in cat ls stat rm sum; do
   fails "$here/missing: ResourceNotFound: No such file or directory" "$operation" missing
 done
 for operation in put mkdir; do

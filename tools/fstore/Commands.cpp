@@ -1,10 +1,15 @@
+#include <fstore/Capacity.h>
+#include <fstore/Change.h>
+#include <fstore/Checksum.h>
 #include <fstore/Commands.h>
 #include <fstore/Content.h>
 #include <fstore/CopyAndMove.h>
 #include <fstore/Listing.h>
 #include <fstore/MakeFolder.h>
 #include <fstore/Removal.h>
+#include <fstore/Size.h>
 #include <fstore/Status.h>
+#include <fstore/Time.h>
 #include <fstore/Watch.h>
 
 #include <chrono>
@@ -22,6 +27,33 @@ constexpr std::size_t anyNumber = std::numeric_limits<std::size_t>::max();
 
 CLI::Option* addFlag(CLI::App& app, const std::string& names, const std::string& description) {
   return app.add_flag(names)->description(description);
+}
+
+/// An option with a value.
+/// @param check  says what is wrong with a value; nothing where it is well
+CLI::Option* addValue(CLI::App& app, const std::string& names, const std::string& value, const std::string& description,
+                      const std::function<std::string(const std::string&)>& check = nullptr) {
+  auto* option = app.add_option(names)->description(description)->option_text(value);
+  return check ? option->check(check) : option;
+}
+
+CLI::Option* addJson(CLI::App& app) { return addFlag(app, "--json", "One JSON array; its locations name any file"); }
+
+Format formatOf(const CLI::Option* json) { return json->count() > 0 ? Format::Json : Format::Text; }
+
+/// As it was typed: what the parser makes of a value depends on its looks.
+std::string valueOf(const CLI::Option* option) { return option->results().back(); }
+
+std::string checkSize(const std::string& text) {
+  return parseSize(text) ? "" : "'" + text + "' is no size, such as 100, 4K or 2MB";
+}
+
+std::string checkTime(const std::string& text) {
+  return parseTime(text) ? "" : "'" + text + "' is no time, such as 2001-02-03T04:05:06Z";
+}
+
+MissingFiles missingOf(const CLI::Option* noCreate) {
+  return noCreate->count() > 0 ? MissingFiles::Skip : MissingFiles::Create;
 }
 
 ReplacementPolicy policyOf(const CLI::Option* noClobber) {
@@ -79,6 +111,39 @@ Action declareMakeFolder(CLI::App& app) {
   };
 }
 
+Action declareCapacity(CLI::App& app) {
+  app.set_help_flag("--help", "Print this help message and exit");  // "-h" means something else here
+  const auto* human = addFlag(app, "-h,--human-readable", "Sizes such as 1.5G, in powers of 1024");
+  const auto* json = addJson(app);
+  return [=](const Session& session, const Locations& locations) {
+    printCapacity(session, locations, human->count() > 0 ? SizeStyle::Short : SizeStyle::Bytes, formatOf(json));
+  };
+}
+
+Action declareTruncate(CLI::App& app) {
+  const auto* size =
+      addValue(app, "-s,--size", "SIZE", "In bytes, or with K, M, G (1024) or KB, MB, GB (1000)", checkSize)
+          ->required();
+  const auto* noCreate = addFlag(app, "-c,--no-create", "Pass over missing files");
+  return [=](const Session& session, const Locations& locations) {
+    truncate(session, locations, missingOf(noCreate), *parseSize(valueOf(size)));
+  };
+}
+
+Action declareTouch(CLI::App& app) {
+  const auto* noCreate = addFlag(app, "-c,--no-create", "Pass over missing files");
+  const auto* time = addValue(app, "-d,--date", "TIME", "UTC, such as 2001-02-03T04:05:06.123456Z, not now", checkTime);
+  return [=](const Session& session, const Locations& locations) {
+    touch(session, locations, missingOf(noCreate), time->count() > 0 ? parseTime(valueOf(time)) : std::nullopt);
+  };
+}
+
+Action declareChecksum(CLI::App& app) {
+  const auto* json = addJson(app);
+  return
+      [=](const Session& session, const Locations& locations) { printChecksums(session, locations, formatOf(json)); };
+}
+
 Action declareWatch(CLI::App& app) {
   const auto* recursive = addFlag(app, "-r,-R,--recursive", "The whole subtree");
   const auto* json = addFlag(app, "--json", "One JSON object a line");
@@ -91,7 +156,7 @@ Action declareWatch(CLI::App& app) {
     watch(session, locations.front(),
           {.isRecursive = recursive->count() > 0,
            .period = period,
-           .format = json->count() > 0 ? EventFormat::Json : EventFormat::Text});
+           .format = json->count() > 0 ? Format::Json : Format::Text});
   };
 }
 
@@ -107,6 +172,12 @@ std::span<const Command> commands() {
       {"mv", "[-n] SOURCE... DESTINATION", "Move or rename files and folders", 2, anyNumber, declareMove},
       {"rm", "[-r] LOCATION...", "Remove files, links and folders", 1, anyNumber, declareRemove},
       {"mkdir", "[-p] LOCATION...", "Create folders", 1, anyNumber, declareMakeFolder},
+      {"touch", "[-c] [-d TIME] LOCATION...", "Set when files were last modified, creating missing ones", 1, anyNumber,
+       declareTouch},
+      {"truncate", "-s SIZE [-c] LOCATION...", "Cut files off, or fill them up with zeros", 1, anyNumber,
+       declareTruncate},
+      {"sum", "[--json] LOCATION...", "Print the SHA-256 of files", 1, anyNumber, declareChecksum},
+      {"df", "[-h] [--json] LOCATION...", "Show how big stores are, and how full", 1, anyNumber, declareCapacity},
       {"watch", "[-r] [--poll MS] [--json] LOCATION", "Print changes until interrupted", 1, 1, declareWatch},
   };
   return all;

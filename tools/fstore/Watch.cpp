@@ -101,9 +101,9 @@ class Subscription {
   bool isPolled_ = false;
 };
 
-void print(const Session& session, const std::vector<Event>& events, EventFormat format) {
+void print(const Session& session, const std::vector<Event>& events, Format format) {
   for (const auto& event : events)
-    session.output.write(format == EventFormat::Json ? jsonOf(event) : textOf(event));
+    session.output.write(format == Format::Json ? jsonOf(event) : textOf(event));
   session.output.flush();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fstore/Format.h>
 #include <fstore/Session.h>
 
 #include <chrono>
@@ -8,13 +9,11 @@
 
 namespace fstore {
 
-enum class EventFormat { Text, Json };
-
 struct WatchOptions {
   bool isRecursive = false;
   /// How often to look; none: the store's own events, and where it has none, every second.
   std::optional<std::chrono::milliseconds> period;
-  EventFormat format = EventFormat::Text;
+  Format format = Format::Text;
 };
 
 /// Prints a line for each change in a folder, or of a file, until the program is interrupted (SIGINT or
