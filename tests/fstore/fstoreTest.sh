@@ -112,6 +112,13 @@ watch
 watch a b
 watch --poll 0 a
 watch --poll a
+find
+find a b
+find a --type x
+find a --size x
+find a --size +
+find a --max-depth -1
+tree -L x
 truncate a
 truncate -s a b
 truncate -s -1 a
@@ -250,6 +257,110 @@ if [[ $(script -qec 'echo works' /dev/null </dev/null 2>/dev/null) == works* ]];
 else
   skipped "names on a terminal: script(1) is missing"
 fi
+
+# --- tree and find ------------------------------------------------------------------------------------
+
+fresh
+mkdir -p top/empty top/sub/deeper top/.hidden
+printf 12345 >top/sub/file
+: >top/sub/deeper/a.txt
+: >top/.hidden/b.txt
+: >'top/[x]%'
+ln -s sub top/linkToSub
+ln -s .. top/sub/up
+ln -s nothing top/dangling
+TZ=UTC find top -exec touch -h -d '2001-02-03 04:05:06' {} +
+prints 'top
+├── [x]%
+├── dangling
+├── empty
+├── linkToSub
+└── sub
+    ├── deeper
+    │   └── a.txt
+    ├── file
+    └── up
+
+5 folders, 4 files' tree top
+prints $'top/sub\n├── deeper\n│   └── a.txt\n├── file\n└── up\n\n2 folders, 2 files' tree top/sub
+prints $'top\n├── .hidden\n├── empty\n├── linkToSub\n└── sub\n\n4 folders' tree -a -d -L 1 top
+prints $'top\n\n0 folders, 0 files' tree -L 0 top
+prints $'top/sub/file\ntop/empty\n\n0 folders, 1 file' tree top/sub/file top/empty
+while IFS='|' read -r options expected; do
+  # shellcheck disable=SC2086 # they are several words
+  run find top $options
+  same "0 $expected" "$code ${out//$'\n'/ }" "fstore find top $options"
+done <<'TABLE'
+--type d|top top/.hidden top/empty top/sub top/sub/deeper
+--type l|top/dangling top/linkToSub top/sub/up
+--type f|top/.hidden/b.txt top/[x]% top/sub/deeper/a.txt top/sub/file
+--name *.txt|top/.hidden/b.txt top/sub/deeper/a.txt
+--name [[]x*|top/[x]%
+--name [a-e]*|top/.hidden/b.txt top/dangling top/empty top/sub/deeper top/sub/deeper/a.txt
+--name top|top
+--name *.txt --max-depth 2|top/.hidden/b.txt
+--max-depth 0|top
+--type f --size 5|top/sub/file
+--type f --size +4|top/sub/file
+--size=-5 --name *b*|top/.hidden/b.txt
+--size +5|top/dangling
+--size -1K --type f --name f*|top/sub/file
+--newer 2001-02-03T04:05:05.999999Z --type d --max-depth 0|top
+--newer 2001-02-03T04:05:06Z|
+--newer top/sub/file|
+TABLE
+echo >top/empty/new
+prints top/empty/new find top --newer top/sub/file --type f
+prints "$here/top/%5Bx%5D%25" find "$here/top" --name '*]%'
+prints $'top/sub/\ntop/sub/deeper' find top/sub/ --type d
+prints $'top/linkToSub/\ntop/linkToSub/deeper\ntop/linkToSub/file' find top/linkToSub/ --name '[ldf]*' --max-depth 1
+prints top/linkToSub find top/linkToSub
+fails "$here/missing: ResourceNotFound: No such file or directory" find missing
+fails "$here/missing: ResourceNotFound: No such file or directory" find top --newer missing
+fails "$here/missing: ResourceNotFound: No such file or directory" tree missing
+
+# --- JSON ---------------------------------------------------------------------------------------------
+
+fresh
+mkdir folder
+printf 12345 >folder/file
+: >folder/$'\xff'
+ln -s nothing folder/dangling
+TZ=UTC touch -h -d '2001-02-03 04:05:06.5' folder/* folder
+modified='"modified":"2001-02-03T04:05:06.500000Z"'
+dangling='{"location":"'$here'/folder/dangling","name":"dangling","type":"file","symlink":true,'
+file='{"location":"'$here'/folder/file","name":"file","type":"file","symlink":false,"size":5,'$modified
+file+=',"writable":true,"hidden":false'
+unnamed='{"location":"'$here'/folder/%FF","name":null,"type":"file","symlink":false,"size":0,'$modified
+folder='{"location":"'$here'/folder","name":"folder","type":"folder","symlink":false,"size":null,'$modified
+has_json() { # has_json ELEMENT_COUNT BEGINNING_OF_ELEMENT...: what was printed is one array
+  local wanted elements=$1
+  shift
+  same "[ ]" "${out:0:1} ${out: -1}" "the ends of a JSON array"
+  same "$elements" "$(grep -c '^{.*},\?$' "$work/out")" "elements of a JSON array"
+  for wanted in "$@"; do
+    ((++checks))
+    [[ $'\n'$out == *$'\n'"$wanted"* ]] || complain "no <$wanted> in <$out>"
+  done
+}
+ok ls --json folder
+has_json 3 "$file}" "$unnamed" "$dangling"
+ok ls --json -U folder folder/file
+has_json 4 "$file}" "$unnamed"
+ok find --json folder
+has_json 4 "$folder" "$file}" "$unnamed"
+ok tree --json folder
+has_json 4 "$folder" "$file,\"depth\":1}"
+ok stat --json folder/file folder/dangling
+has_json 2 "$file,\"existence\":\"RegularFile\"}" "$dangling"
+ok sum --json folder/file
+has_json 1 "{\"location\":\"$here/folder/file\",\"sha256\":\"$(sha256sum <folder/file | cut -c 1-64)\"}"
+for operation in ls find tree stat sum df; do
+  run "$operation" --json missing
+  same '1 []' "$code $out" "fstore $operation --json missing"
+done
+mkdir empty
+prints '[]' ls --json empty
 
 # --- cat and put ------------------------------------------------------------------------------------
 
@@ -566,7 +677,7 @@ echo text >file
 mkdir folder
 mkfifo pipe
 long=$(printf 'n%.0s' {1..300})
-for operation in ls stat cat rm mkdir 'mkdir -p' put 'mv file' 'cp file' sum touch 'truncate -s 0'; do
+for operation in ls tree find stat cat rm mkdir 'mkdir -p' put 'mv file' 'cp file' sum touch 'truncate -s 0'; do
   read -ra words <<<"$operation"
   while IFS='|' read -r argument problem; do
     fails "$problem" "${words[@]}" "$(printf '%b' "$argument")" </dev/null
@@ -627,7 +738,7 @@ if "${through[@]}" cat file >/dev/null 2>&1 && ! "${through[@]}" cat open/unread
   done
   holds file text
   chmod 000 locked
-  for row in 'ls locked' 'cat locked/file' 'stat locked/file' 'ls locked/file' 'rm -r locked'; do
+  for row in 'ls locked' 'tree locked' 'find locked' 'cat locked/file' 'stat locked/file' 'ls locked/file' 'rm -r locked'; do
     read -ra words <<<"$row"
     fails_with "$denied" "${words[@]}"
   done

@@ -4,16 +4,20 @@
 #include <fstore/Commands.h>
 #include <fstore/Content.h>
 #include <fstore/CopyAndMove.h>
+#include <fstore/Find.h>
 #include <fstore/Listing.h>
 #include <fstore/MakeFolder.h>
 #include <fstore/Removal.h>
 #include <fstore/Size.h>
 #include <fstore/Status.h>
 #include <fstore/Time.h>
+#include <fstore/Tree.h>
+#include <fstore/TreeWalk.h>
 #include <fstore/Watch.h>
 
 #include <chrono>
 #include <limits>
+#include <map>
 #include <optional>
 
 namespace fstore {
@@ -56,6 +60,28 @@ MissingFiles missingOf(const CLI::Option* noCreate) {
   return noCreate->count() > 0 ? MissingFiles::Skip : MissingFiles::Create;
 }
 
+std::string checkSizeBound(const std::string& text) {
+  return parseSizeBound(text) ? "" : "'" + text + "' is no size, such as 100, +4K or -2MB";
+}
+
+std::optional<std::string> optionalValueOf(const CLI::Option* option) {
+  return option->count() > 0 ? std::optional(valueOf(option)) : std::nullopt;
+}
+
+CLI::Option* addDepth(CLI::App& app, const std::string& names) {
+  return addValue(app, names, "DEPTH", "How deep to go")->check(CLI::Range(0, std::numeric_limits<int>::max()));
+}
+
+std::size_t depthOf(const CLI::Option* depth) {
+  return depth->count() > 0 ? depth->as<std::size_t>() : TreeWalk::anyDepth;
+}
+
+std::optional<EntryKind> kindOf(const CLI::Option* type) {
+  static const std::map<std::string, EntryKind> kinds{
+      {"f", EntryKind::File}, {"d", EntryKind::Folder}, {"l", EntryKind::Link}};
+  return type->count() > 0 ? std::optional(kinds.at(valueOf(type))) : std::nullopt;
+}
+
 ReplacementPolicy policyOf(const CLI::Option* noClobber) {
   return noClobber->count() > 0 ? ReplacementPolicy::NoClobber : ReplacementPolicy::Overwrite;
 }
@@ -64,14 +90,55 @@ Action declareList(CLI::App& app) {
   const auto* details = addFlag(app, "-l,--long", "Type (- d l), writable (w), size in bytes, time (UTC), name");
   const auto* all = addFlag(app, "-a,--all", "Hidden entries, too");
   const auto* unsorted = addFlag(app, "-U,--unsorted", "In the store's order, without waiting for the last entry");
+  const auto* json = addJson(app);
   return [=](const Session& session, const Locations& locations) {
     list(session, locations.empty() ? Locations{"."} : locations,
-         {.withDetails = details->count() > 0, .withHidden = all->count() > 0, .sorted = unsorted->count() == 0});
+         {.withDetails = details->count() > 0,
+          .withHidden = all->count() > 0,
+          .sorted = unsorted->count() == 0,
+          .format = formatOf(json)});
   };
 }
 
-Action declareStatus(CLI::App&) {
-  return [=](const Session& session, const Locations& locations) { printStatus(session, locations); };
+Action declareTree(CLI::App& app) {
+  const auto* all = addFlag(app, "-a,--all", "Hidden entries, too");
+  const auto* folders = addFlag(app, "-d,--folders", "Folders only");
+  const auto* depth = addDepth(app, "-L,--max-depth");
+  const auto* json = addJson(app);
+  return [=](const Session& session, const Locations& locations) {
+    printTree(session, locations.empty() ? Locations{"."} : locations,
+              {.withHidden = all->count() > 0,
+               .foldersOnly = folders->count() > 0,
+               .maxDepth = depthOf(depth),
+               .format = formatOf(json)});
+  };
+}
+
+Action declareFind(CLI::App& app) {
+  const auto* name =
+      addValue(app, "--name", "WILDCARD", "Names that match: * any text, ? one character, [a-z], [!a-z]");
+  const auto* type =
+      addValue(app, "--type", "TYPE", "f files, d folders, l links")->check(CLI::IsMember({"f", "d", "l"}));
+  const auto* size =
+      addValue(app, "--size", "[+-]SIZE", "Files of SIZE bytes, above (+) or below (-) it", checkSizeBound);
+  const auto* newer = addValue(app, "--newer", "WHAT", "Changed after a time (UTC), or after what is at a location");
+  const auto* depth = addDepth(app, "--max-depth");
+  const auto* json = addJson(app);
+  return [=](const Session& session, const Locations& locations) {
+    const auto bound = optionalValueOf(size);
+    find(session, locations.front(),
+         {.name = optionalValueOf(name),
+          .kind = kindOf(type),
+          .size = bound ? parseSizeBound(*bound) : std::nullopt,
+          .newer = optionalValueOf(newer),
+          .maxDepth = depthOf(depth),
+          .format = formatOf(json)});
+  };
+}
+
+Action declareStatus(CLI::App& app) {
+  const auto* json = addJson(app);
+  return [=](const Session& session, const Locations& locations) { printStatus(session, locations, formatOf(json)); };
 }
 
 Action declareCat(CLI::App&) {
@@ -164,8 +231,14 @@ Action declareWatch(CLI::App& app) {
 
 std::span<const Command> commands() {
   static const std::vector<Command> all{
-      {"ls", "[-l] [-a] [-U] [LOCATION...]", "List folders", 0, anyNumber, declareList},
-      {"stat", "LOCATION...", "Show what is known about files and folders", 1, anyNumber, declareStatus},
+      {"ls", "[-l] [-a] [-U] [--json] [LOCATION...]", "List folders", 0, anyNumber, declareList},
+      {"tree", "[-a] [-d] [-L DEPTH] [--json] [LOCATION...]", "Draw what folders hold, to any depth", 0, anyNumber,
+       declareTree},
+      {"find",
+       "LOCATION [--name WILDCARD] [--type f|d|l] [--size [+-]SIZE] [--newer LOCATION|TIME] [--max-depth DEPTH] "
+       "[--json]",
+       "Print which files and folders below a location fit", 1, 1, declareFind},
+      {"stat", "[--json] LOCATION...", "Show what is known about files and folders", 1, anyNumber, declareStatus},
       {"cat", "LOCATION...", "Write files to standard output", 1, anyNumber, declareCat},
       {"put", "[--append] LOCATION", "Write standard input to a file", 1, 1, declarePut},
       {"cp", "[-n] SOURCE... DESTINATION", "Copy files and folders, following links", 2, anyNumber, declareCopy},

@@ -8,7 +8,14 @@ namespace fstore {
 
 void JsonArray::add(const nlohmann::ordered_json& element) {
   if (isWritten_)
-    output_.write((std::exchange(isEmpty_, false) ? "[\n" : ",\n") + element.dump());
+    addText(element.dump());
+}
+
+void JsonArray::addText(std::string_view element) {
+  if (!isWritten_)
+    return;
+  output_.write(std::exchange(isEmpty_, false) ? "[\n" : ",\n");
+  output_.write(element);
 }
 
 void JsonArray::end() {

@@ -5,6 +5,8 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <string_view>
+
 namespace fstore {
 
 /// One JSON array on standard output, written element by element, each on a line of its own. In other formats it
@@ -19,6 +21,8 @@ class JsonArray {
   bool isWritten() const { return isWritten_; }
   /// Throws `OutputFailure`; so does `end()`.
   void add(const nlohmann::ordered_json& element);
+  /// The same for an element that is JSON already.
+  void addText(std::string_view element);
   /// To be called last, however many elements there were.
   void end();
 

@@ -1,11 +1,14 @@
+#include <fstore/Facts.h>
+#include <fstore/JsonArray.h>
 #include <fstore/Listing.h>
 #include <fstore/Text.h>
 
 #include <fl/i18n/Convert.h>
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
-#include <exception>
-#include <functional>
+#include <optional>
 #include <utility>
 
 namespace fstore {
@@ -19,83 +22,65 @@ namespace {
 constexpr std::size_t sizeWidth = 12;
 constexpr std::size_t timeWidth = 19;
 
-/// Attributes may be asked of the store only now, when the entry may be gone.
-template <class Question>
-char flag(const Question& question, char yes) {
-  try {
-    return question() ? yes : '-';
-  } catch (const std::exception&) {
-    return '?';
-  }
-}
+char flag(const std::optional<bool>& answer, char yes) { return answer ? (*answer ? yes : '-') : '?'; }
 
-template <class Attributes>
-std::string details(char type, const Attributes& attributes, const std::string& size) {
-  const char shownType = flag([&] { return attributes.isSymlink(); }, 'l');
-  std::string line{shownType == '-' ? type : shownType, flag([&] { return attributes.isWritable(); }, 'w'), ' '};
-  line.append(sizeWidth - std::min(sizeWidth, size.size()), ' ').append(size).append(1, ' ');
-  const auto time = timeText(attributes.getLastModified());
-  return line.append(time).append(timeWidth - std::min(timeWidth, time.size()) + 1, ' ');
-}
-
-/// Of an entry that cannot be looked at.
-provider::FileAttributes unknownAttributes() {
-  const std::function<bool()> unknown = []() -> bool { throw std::exception(); };
-  return {std::nullopt, boost::posix_time::not_a_date_time, unknown};
+std::string sizeText(const FolderEntry& entry) {
+  const auto size = sizeOf(entry);
+  return size ? std::to_string(*size) : entry.getFolderAttributes() ? "-" : "?";
 }
 
 std::string details(const FolderEntry& entry) {
-  if (const auto& file = entry.getFileAttributes())
-    return details('-', *file, file->hasSizeAttribute() ? std::to_string(file->getSize()) : "?");
-  if (const auto& folder = entry.getFolderAttributes())
-    return details('d', *folder, "-");
-  return details(entry.isFile() ? '-' : 'd', unknownAttributes(), "?");
-}
-
-bool isHidden(const FolderEntry& entry) {
-  if (const auto& file = entry.getFileAttributes())
-    return flag([&] { return file->isHidden(); }, 'h') == 'h';
-  if (const auto& folder = entry.getFolderAttributes())
-    return flag([&] { return folder->isHidden(); }, 'h') == 'h';
-  return entry.getName().starts_with(u'.');
-}
-
-/// The entry that a file, or a link that leads nowhere, would be in a listing of its folder.
-FolderEntry entryOf(const StorageItem& item, std::u16string name) {
-  if (item.existsExtended() == provider::ExistenceTypeExtended::BrokenSymlink)
-    return {std::move(name), unknownAttributes().withSymlinkStatusAttribute(true)};
-  return {std::move(name), item.getFileAttributes()};
+  const char type = flag(isLink(entry), 'l');
+  std::string line{type == '-' ? (entry.isFile() ? '-' : 'd') : type, flag(isWritable(entry), 'w'), ' '};
+  const auto size = sizeText(entry);
+  line.append(sizeWidth - std::min(sizeWidth, size.size()), ' ').append(size).append(1, ' ');
+  const auto time = timeText(lastModified(entry));
+  return line.append(time).append(timeWidth - std::min(timeWidth, time.size()) + 1, ' ');
 }
 
 class Lister {
  public:
   Lister(const Session& session, const ListingOptions& options)
-      : report_(session.report), output_(session.output), options_(options), escapes_(output_.isTerminal()) {}
+      : report_(session.report), output_(session.output), options_(options), json_(session.output, options.format) {}
 
-  void printEntry(const FolderEntry& entry) const { output_.write(lineFor(entry)); }
+  void printItem(const StorageItem& item, const std::string& argument) {
+    print(lineFor(item, entryOf(item, fl::i18n::to_ustring(argument))));
+  }
 
-  void printFolder(const StorageItem& folder) const {
+  void printFolder(const StorageItem& folder) {
     std::vector<std::pair<std::u16string, std::string>> lines;
     // What was found before a failure is shown nevertheless.
     report_.attempt(folder.getLocation(), [&] {
       forEachShown(folder, [&](const FolderEntry& entry) {
+        auto line = lineFor({folder, entry.getName()}, entry);
         if (options_.sorted)
-          lines.emplace_back(entry.getName(), lineFor(entry));
+          lines.emplace_back(entry.getName(), std::move(line));
         else
-          printEntry(entry);
+          print(line);
       });
     });
     std::sort(lines.begin(), lines.end());
     for (const auto& line : lines)
-      output_.write(line.second);
+      print(line.second);
   }
 
-  void printHeading(const std::string& argument) const { output_.write(shown(fl::i18n::to_ustring(argument)) + ":\n"); }
+  /// @param argument  none where there is only one
+  void printHeading(const std::optional<std::string>& argument) {
+    if (json_.isWritten())
+      return;
+    output_.write(hasPrinted_ ? "\n" : "");
+    if (argument)
+      output_.write(shown(fl::i18n::to_ustring(*argument), output_) + ":\n");
+    hasPrinted_ = true;
+  }
+
+  void printEnd() { json_.end(); }
 
  private:
   template <class Use>
   void forEachShown(const StorageItem& folder, const Use& use) const {
-    const auto listing = options_.withDetails ? folder.listAll(u"") : folder.listAllNamesOnly(u"");
+    const bool needsAttributes = options_.withDetails || json_.isWritten();
+    const auto listing = needsAttributes ? folder.listAll(u"") : folder.listAllNamesOnly(u"");
     while (listing->hasNext()) {
       listing->next();
       const auto entry = listing->current();
@@ -104,40 +89,43 @@ class Lister {
     }
   }
 
-  std::string lineFor(const FolderEntry& entry) const {
-    return (options_.withDetails ? details(entry) : std::string()) + shown(entry.getName()) + '\n';
+  std::string lineFor(const StorageItem& item, const FolderEntry& entry) const {
+    if (json_.isWritten())
+      return toJson(item, entry).dump();
+    return (options_.withDetails ? details(entry) : std::string()) + shown(entry.getName(), output_) + '\n';
   }
 
-  /// A name may hold commands for a terminal; programs get it as it is.
-  std::string shown(const std::u16string& name) const { return escapes_ ? printable(name) : fl::i18n::to_string(name); }
+  void print(const std::string& line) {
+    hasPrinted_ = true;
+    if (json_.isWritten())
+      json_.addText(line);
+    else
+      output_.write(line);
+  }
 
   Report& report_;
   Output& output_;
   ListingOptions options_;
-  bool escapes_;
+  JsonArray json_;
+  bool hasPrinted_ = false;
 };
 
 }  // namespace
 
 void list(const Session& session, const std::vector<std::string>& arguments, const ListingOptions& options) {
-  const Lister lister(session, options);
+  Lister lister(session, options);
   std::vector<std::pair<std::string, StorageItem>> folders;
-  bool hasPrinted = false;
   session.forEach(arguments, [&](const StorageItem& item, const std::string& argument) {
-    if (item.folderExists()) {
+    if (item.folderExists())
       folders.emplace_back(argument, item);
-      return;
-    }
-    lister.printEntry(entryOf(item, fl::i18n::to_ustring(argument)));
-    hasPrinted = true;
+    else
+      lister.printItem(item, argument);
   });
   for (const auto& [argument, folder] : folders) {
-    if (std::exchange(hasPrinted, true))
-      session.output.write("\n");
-    if (arguments.size() > 1)
-      lister.printHeading(argument);
+    lister.printHeading(arguments.size() > 1 ? std::optional(argument) : std::nullopt);
     lister.printFolder(folder);
   }
+  lister.printEnd();
 }
 
 }  // namespace fstore

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fstore/Format.h>
 #include <fstore/Session.h>
 
 #include <string>
@@ -10,7 +11,8 @@ namespace fstore {
 struct ListingOptions {
   bool withDetails = false;
   bool withHidden = false;
-  bool sorted = true;  ///< by code units; otherwise in the store's order, each entry as soon as it is known
+  bool sorted = true;            ///< by code units; otherwise in the store's order, each entry as soon as it is known
+  Format format = Format::Text;  ///< JSON always has the details
 };
 
 /// Lists the entries of folders, and files themselves. With several arguments the files come first, then

@@ -21,6 +21,8 @@ void writeAll(std::string_view bytes) {
 
 }  // namespace
 
+Output::Output() : isTerminal_(isatty(STDOUT_FILENO) == 1) {}
+
 void Output::write(std::string_view bytes) {
   if (buffer_.size() + bytes.size() > bufferSize)
     flush();
@@ -35,7 +37,5 @@ void Output::flush() {
   const auto bytes = std::exchange(buffer_, {});
   writeAll(bytes);
 }
-
-bool Output::isTerminal() const { return isatty(STDOUT_FILENO) == 1; }
 
 }  // namespace fstore

@@ -16,13 +16,16 @@ class OutputFailure : public std::system_error {
 /// drops what is still buffered.
 class Output {
  public:
+  Output();
+
   /// Throws `OutputFailure`; so does `flush()`.
   void write(std::string_view bytes);
   void flush();
 
-  bool isTerminal() const;
+  bool isTerminal() const { return isTerminal_; }
 
  private:
+  bool isTerminal_;
   std::string buffer_;
 };
 

@@ -1,7 +1,11 @@
+#include <fstore/Facts.h>
+#include <fstore/JsonArray.h>
 #include <fstore/Status.h>
 #include <fstore/Text.h>
 
-#include <exception>
+#include <nlohmann/json.hpp>
+
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -9,6 +13,7 @@ namespace fstore {
 
 namespace provider = foundation::storage::provider;
 using provider::ExistenceTypeExtended;
+using provider::FolderEntry;
 using provider::StorageItem;
 
 namespace {
@@ -19,49 +24,36 @@ std::string nameOf(ExistenceTypeExtended type) {
   return text.str();
 }
 
-/// Flags may be asked of the store only now, when the entry may be gone.
-template <class Question>
-std::string answer(const Question& question) {
-  try {
-    return question() ? "yes" : "no";
-  } catch (const std::exception&) {
-    return "?";
-  }
-}
+std::string answer(const std::optional<bool>& known) { return known ? (*known ? "yes" : "no") : "?"; }
 
-template <class Attributes>
-std::string lines(const Attributes& attributes, const std::string& size) {
-  return "Size:     " + size + "\nModified: " + timeText(attributes.getLastModified()) +
-         "\nWritable: " + answer([&] { return attributes.isWritable(); }) +
-         "\nHidden:   " + answer([&] { return attributes.isHidden(); }) +
-         "\nSymlink:  " + answer([&] { return attributes.isSymlink(); }) + "\n";
-}
-
-/// Throws the store's reason where nothing is there.
-std::string attributeLines(const StorageItem& item, ExistenceTypeExtended type) {
-  switch (type) {
-    case ExistenceTypeExtended::RegularFolder:
-    case ExistenceTypeExtended::SymlinkToFolder:
-      return lines(item.getFolderAttributes(), "-");
-    case ExistenceTypeExtended::BrokenSymlink:
-      return "Size:     ?\nModified: ?\nWritable: ?\nHidden:   ?\nSymlink:  yes\n";
-    default:
-      const auto file = item.getFileAttributes();
-      return lines(file, file.hasSizeAttribute() ? std::to_string(file.getSize()) : "?");
-  }
+std::string linesOf(const FolderEntry& entry, ExistenceTypeExtended type) {
+  const bool isKnown = type != ExistenceTypeExtended::BrokenSymlink;
+  const auto size = sizeOf(entry);
+  return "Type:     " + nameOf(type) + "\nSize:     " +
+         (size             ? std::to_string(*size)
+          : entry.isFile() ? "?"
+                           : "-") +
+         "\nModified: " + timeText(lastModified(entry)) + "\nWritable: " + answer(isWritable(entry)) +
+         "\nHidden:   " + (isKnown ? answer(isHidden(entry)) : "?") + "\nSymlink:  " + answer(isLink(entry)) + "\n";
 }
 
 }  // namespace
 
-void printStatus(const Session& session, const std::vector<std::string>& arguments) {
+void printStatus(const Session& session, const std::vector<std::string>& arguments, Format format) {
+  JsonArray json(session.output, format);
   bool hasPrinted = false;
   session.forEach(arguments, [&](const StorageItem& item, const std::string&) {
     const auto type = item.existsExtended();
-    const auto attributes = attributeLines(item, type);
+    const auto entry = entryOf(item, item.getName());
+    if (json.isWritten()) {
+      auto element = toJson(item, entry);
+      element["existence"] = nameOf(type);
+      return json.add(element);
+    }
     session.output.write(std::exchange(hasPrinted, true) ? "\n" : "");
-    session.output.write("Location: " + printable(item.getLocation().toString()) + "\nType:     " + nameOf(type) +
-                         "\n" + attributes);
+    session.output.write("Location: " + printable(item.getLocation().toString()) + "\n" + linesOf(entry, type));
   });
+  json.end();
 }
 
 }  // namespace fstore

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fstore/Format.h>
 #include <fstore/Session.h>
 
 #include <string>
@@ -7,7 +8,8 @@
 
 namespace fstore {
 
-/// Prints what is known about each file or folder, one line an attribute.
-void printStatus(const Session& session, const std::vector<std::string>& arguments);
+/// Prints what is known about each file or folder, one line an attribute. In JSON it says "existence"
+/// beside what a listing says.
+void printStatus(const Session& session, const std::vector<std::string>& arguments, Format format);
 
 }  // namespace fstore

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <string_view>
 #include <utility>
 
 namespace fstore {
@@ -19,11 +18,6 @@ namespace {
 
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool fitsInScheme(char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.'; }
-
-bool beginsWithScheme(std::string_view argument) {
-  const auto end = std::find_if_not(argument.begin(), argument.end(), fitsInScheme);
-  return end != argument.end() && *end == ':' && isLetter(argument.front());
-}
 
 StorageIRI parse(const std::string& text) {
   try {
@@ -66,12 +60,17 @@ std::string absolutePath(std::string_view path) {
 StorageIRI locate(const std::string& argument) {
   if (argument.empty())
     throw ArgumentFailure("The path is empty");
-  if (beginsWithScheme(argument))
+  if (isLocationText(argument))
     return parse(argument);
   return provider::toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(absolutePath(argument))));
 }
 
 }  // namespace
+
+bool isLocationText(std::string_view argument) {
+  const auto end = std::find_if_not(argument.begin(), argument.end(), fitsInScheme);
+  return end != argument.end() && *end == ':' && isLetter(argument.front());
+}
 
 provider::StorageItem Stores::open(const std::string& argument) const {
   auto location = locate(argument);

@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace fstore {
 
@@ -13,6 +14,9 @@ class ArgumentFailure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+/// Whether an argument is the text of a location, and no path.
+bool isLocationText(std::string_view argument);
 
 /// All stores that the command can reach.
 class Stores {

@@ -47,6 +47,10 @@ std::string printable(std::u16string_view text) {
   return out;
 }
 
+std::string shown(std::u16string_view name, const Output& output) {
+  return output.isTerminal() ? printable(name) : fl::i18n::to_string(name);
+}
+
 std::string timeText(const boost::posix_time::ptime& time) {
   if (time.is_special())
     return "?";
