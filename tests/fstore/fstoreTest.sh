@@ -105,6 +105,10 @@ put
 put a b
 cp a
 cp -n -- a
+cp -n --policy clobber a b
+cp --policy x a b
+cp -j 0 a b
+cp -q -v a b
 mv a
 rm -r
 mkdir -p --
@@ -136,7 +140,7 @@ same "0 " "$code $err" "--help"
 [[ $out == *mkdir* ]] || complain "--help names no operations"
 run cp nowhere --help
 same "0 " "$code $err" "cp --help"
-[[ $out == *"[-n] SOURCE... DESTINATION"* ]] || complain "cp --help shows no usage"
+[[ $out == *" SOURCE... DESTINATION"* ]] || complain "cp --help shows no usage"
 run --version
 [[ $code == 0 && $out =~ ^fstore\ [0-9]+\.[0-9]+\.[0-9]+$ ]] || complain "--version prints <$out>"
 
@@ -498,14 +502,18 @@ ln -s nothing source/dangling
 ln -s turn source/turn
 mkfifo source/pipe
 ln -s /dev/zero source/device
-fails "$here/source/sub/parent: InvalidLocation: The folder leads back into itself
+for options in '' '-j 3' '--atomic --verify'; do
+  # shellcheck disable=SC2086 # they are several words
+  fails "$here/source/sub/parent: InvalidLocation: The folder leads back into itself
 $here/source/self: InvalidLocation: The folder leads back into itself
 $here/source/around: InvalidLocation: The folder leads back into itself
 $here/source/dangling: ResourceNotFound: No such file or directory
 $here/source/turn: InvalidLocation: Too many levels of symbolic links
 $here/source/pipe: InvalidLocation: *
-$here/source/device: InvalidLocation: *" cp source copy
-same $'copy\ncopy/sub\ncopy/sub/file' "$(find copy 2>&1 | sort)" "what was copied"
+$here/source/device: InvalidLocation: *" cp $options source copy
+  same $'copy\ncopy/sub\ncopy/sub/file' "$(find copy 2>&1 | sort)" "what was copied"
+  rm -r copy
+done
 mkdir -p other target
 ln -s ../target other/link
 echo text >target/file
@@ -513,6 +521,115 @@ fails "$here/other/link: InvalidLocation: The folder leads back into itself" cp 
 same $'target\ntarget/file\ntarget/other' "$(find target | sort)" "a copy that a link leads to"
 fails "$here/source/dangling: ResourceNotFound: No such file or directory" cp source/dangling new
 absent new
+
+# In other ways: always the same result.
+fresh
+mkdir -p source/{1..5}/sub
+for file in source/{1..5}/{1..30} source/{1..5}/sub/'a b%'; do echo "$file" >"$file"; done
+head -c 5000000 /dev/urandom >source/large
+: >source/empty
+while read -ra options; do
+  ok cp "${options[@]}" source copy
+  same_tree source copy
+  ok cp "${options[@]}" source/{1..5} source/large copy # over what is there
+  same_tree source copy
+  same '' "$(find copy -name '.*')" "scratch files of cp ${options[*]}"
+  rm -r copy
+done <<'TABLE'
+-j 4
+-j 3 --atomic
+-j 2 --verify
+--atomic --verify
+--quiet --jobs=64
+TABLE
+echo new >new
+for policy in --policy=overwrite '--policy clobber' '-j 2' --atomic; do
+  echo old >old
+  # shellcheck disable=SC2086 # they may be two words
+  ok cp $policy new old
+  holds old new
+done
+for policy in '--policy preserve' --policy=noclobber '-n --atomic' '-n -j 2'; do
+  echo old >old
+  # shellcheck disable=SC2086
+  fails "$here/old: ResourceAlreadyExists: *" cp $policy new old
+  holds old old
+done
+prints "$here/new -> $here/copy
+1 file copied, 4 bytes (4), 0 failed" cp -v new copy
+run cp -j 2 source missing existing
+same 1 "$code" "several sources without a folder"
+mkdir existing
+run cp -j 2 source missing existing
+same '157 files copied, 5001845 bytes (4.8M), 1 failed' "$out" "the summary of a copy that fails in part"
+run cp --quiet missing existing
+same '1 ' "$code $out" "a copy without a summary"
+uuid=/proc/sys/kernel/random/uuid # tells another one whenever it is read
+if [[ -r $uuid ]]; then
+  fails "$here/uuid: IOError: The copy differs from its source at byte *" cp --verify "$uuid" "$here/uuid"
+else
+  skipped "a copy that differs: there is no $uuid"
+fi
+
+# Where links at the destination lead to one file, that is written by one copy at a time.
+mkdir two
+head -c 5000000 /dev/urandom >two/a
+head -c 5000000 /dev/urandom >two/b
+mkdir target
+: >target/a
+ln -s a target/b
+ok cp -j 4 two/a two/b target
+cmp -s two/a target/a || cmp -s two/b target/a || complain "a copy mixes two files"
+
+# Interrupted: it cannot be over before, since nobody reads the names that it prints.
+fresh
+eventually() { # eventually COMMAND...: waits until it succeeds, for 20 s at most
+  local end=$((SECONDS + 20))
+  until "$@"; do
+    ((SECONDS < end)) || return 1
+    sleep 0.02
+  done
+}
+has_copied() { [[ -n $(find copy ! -name '.*' -type f 2>/dev/null | head -n 1) ]]; }
+begin_copy() { # begin_copy ARGUMENT...: until there is a first file
+  "$fstore" cp -v "$@" source copy >"$work/fifo" 2>"$work/err" &
+  copier=$!
+  exec 3<"$work/fifo"
+  eventually has_copied || complain "cp $* copies nothing: $(<"$work/err")"
+}
+rm -f "$work/fifo"
+mkfifo "$work/fifo"
+truncate -s 9M large
+mkdir source
+name=$(printf '%%%.0s' {1..200})
+for ((i = 0; i < 300; ++i)); do ln large "source/$name$i"; done
+while read -r signal code options; do
+  # shellcheck disable=SC2086 # they are several words
+  begin_copy $options
+  kill "-$signal" "$copier"
+  cat <&3 >"$work/out"
+  wait "$copier"
+  same "$code" $? "the end of an interrupted cp $options"
+  exec 3<&-
+  while IFS= read -r -d '' file; do
+    cmp -s large "$file" || [[ $options != *--atomic* && $(<"$work/err") == *"${file//%/%25}: IOError: Interrupted; what is there now is incomplete"* ]] ||
+      complain "cp $options leaves half of $file: $(<"$work/err")"
+  done < <(find copy -type f -print0)
+  same '' "$(find copy -name '.*')" "scratch files of an interrupted cp $options"
+  rm -r copy
+done <<'TABLE'
+INT 130 --atomic
+TERM 143 --atomic -j 3
+INT 130
+TERM 143 -j 2
+TABLE
+begin_copy -j 2
+kill -TERM "$copier"
+kill -INT "$copier"
+wait "$copier"
+code=$?
+exec 3<&-
+[[ $code == 130 || $code == 143 ]] || complain "a second signal does not end cp: exit code $code"
 
 # Several sources.
 fresh
@@ -763,13 +880,6 @@ ok mv folder missing/
 
 # --- watching ---------------------------------------------------------------------------------------
 
-eventually() { # eventually COMMAND...: waits until it succeeds, for 20 s at most
-  local end=$((SECONDS + 20))
-  until "$@"; do
-    ((SECONDS < end)) || return 1
-    sleep 0.02
-  done
-}
 sees() { # sees LINE: waits until the watch prints it
   ((checks++))
   eventually grep -Fqx -- "$1" "$work/out" || complain "watch has not printed <$1>"

@@ -18,7 +18,7 @@ namespace {
 using foundation::storage::provider::ErrorCode;
 using Arguments = std::vector<std::string>;
 
-enum ExitCode { done = 0, failed = 1, wrongUsage = 2 };
+constexpr int wrongUsage = 2;
 
 /// Writes `usage` instead of what CLI11 makes of a parser's options.
 class HelpText : public CLI::Formatter {
@@ -55,7 +55,7 @@ int runReporting(const std::string& operation, const Work& work) {
   } catch (const OutputFailure& failure) {
     report.failure(u"standard output", codeOf(failure), fl::i18n::to_ustring(failure.code().message()));
   }
-  return report.hasFailures() ? failed : done;
+  return report.exitCode();
 }
 
 std::string helpText(const CLI::App& app) {
@@ -144,7 +144,8 @@ int run(const std::vector<std::string>& arguments) {
   app.set_version_flag("--version", "fstore " FSTORE_VERSION);
   app.footer(
       "A location is a text such as file:///home/ann/notes, or a path.\n"
-      "\"fstore OPERATION --help\" tells more. Exit codes: 0 done, 1 something failed, 2 wrong usage.");
+      "\"fstore OPERATION --help\" tells more. Exit codes: 0 done, 1 something failed, 2 wrong usage,\n130 or 143 "
+      "interrupted.");
   for (const auto& command : all)
     app.add_subcommand(command.name, command.summary)->group("Operations");
   const auto [options, locations] = separate(app, arguments);

@@ -25,6 +25,7 @@ namespace {
 
 using foundation::storage::provider::ByteStreamTruncate;
 using foundation::storage::provider::ReplacementPolicy;
+using foundation::storage::provider::TransactionPolicy;
 using Locations = std::vector<std::string>;
 
 constexpr std::size_t anyNumber = std::numeric_limits<std::size_t>::max();
@@ -84,6 +85,14 @@ std::optional<EntryKind> kindOf(const CLI::Option* type) {
 
 ReplacementPolicy policyOf(const CLI::Option* noClobber) {
   return noClobber->count() > 0 ? ReplacementPolicy::NoClobber : ReplacementPolicy::Overwrite;
+}
+
+const std::map<std::string, ReplacementPolicy>& policies() {
+  static const std::map<std::string, ReplacementPolicy> all{{"preserve", ReplacementPolicy::Preserve},
+                                                            {"overwrite", ReplacementPolicy::Overwrite},
+                                                            {"clobber", ReplacementPolicy::Clobber},
+                                                            {"noclobber", ReplacementPolicy::NoClobber}};
+  return all;
 }
 
 Action declareList(CLI::App& app) {
@@ -153,10 +162,33 @@ Action declarePut(CLI::App& app) {
   };
 }
 
+Verbosity verbosityOf(const CLI::Option* verbose, const CLI::Option* quiet) {
+  if (quiet->count() > 0)
+    return Verbosity::Quiet;
+  return verbose->count() > 0 ? Verbosity::Verbose : Verbosity::Normal;
+}
+
 Action declareCopy(CLI::App& app) {
-  const auto* noClobber = addFlag(app, "-n,--no-clobber", "Keep existing files; each is reported as a failure");
+  auto* noClobber = addFlag(app, "-n,--no-clobber", "Keep existing files; each is reported as a failure");
+  const auto* policy = addValue(app, "--policy", "POLICY",
+                                "What to do with existing files: preserve or noclobber as -n, overwrite or clobber "
+                                "(unless told)")
+                           ->check(CLI::IsMember({"preserve", "overwrite", "clobber", "noclobber"}))
+                           ->excludes(noClobber);
+  const auto* atomic = addFlag(app, "--atomic", "Let each file appear whole or not at all");
+  const auto* verify = addFlag(app, "--verify", "Read each file and its copy back, and compare them");
+  auto* jobs = addValue(app, "-j,--jobs", "N", "Copy so many files at once, 64 at most")->check(CLI::Range(1, 64));
+  auto* verbose = addFlag(app, "-v,--verbose", "Print each file that is copied, and a summary");
+  const auto* quiet = addFlag(app, "-q,--quiet", "No progress on a terminal, and no summary")->excludes(verbose);
   addFlag(app, "-r,-R,--recursive", "Nothing: folders are always copied whole");
-  return [=](const Session& session, const Locations& locations) { copy(session, locations, policyOf(noClobber)); };
+  return [=](const Session& session, const Locations& locations) {
+    copy(session, locations,
+         {.policy = policy->count() > 0 ? policies().at(valueOf(policy)) : policyOf(noClobber),
+          .transaction = atomic->count() > 0 ? TransactionPolicy::Atomic : TransactionPolicy::NonAtomic,
+          .verification = verify->count() > 0 ? Verification::Compare : Verification::None,
+          .threads = jobs->count() > 0 ? jobs->as<unsigned>() : 1,
+          .verbosity = verbosityOf(verbose, quiet)});
+  };
 }
 
 Action declareMove(CLI::App& app) {
@@ -241,7 +273,8 @@ std::span<const Command> commands() {
       {"stat", "[--json] LOCATION...", "Show what is known about files and folders", 1, anyNumber, declareStatus},
       {"cat", "LOCATION...", "Write files to standard output", 1, anyNumber, declareCat},
       {"put", "[--append] LOCATION", "Write standard input to a file", 1, 1, declarePut},
-      {"cp", "[-n] SOURCE... DESTINATION", "Copy files and folders, following links", 2, anyNumber, declareCopy},
+      {"cp", "[-n|--policy POLICY] [--atomic] [--verify] [-j N] [-v|-q] SOURCE... DESTINATION",
+       "Copy files and folders, following links", 2, anyNumber, declareCopy},
       {"mv", "[-n] SOURCE... DESTINATION", "Move or rename files and folders", 2, anyNumber, declareMove},
       {"rm", "[-r] LOCATION...", "Remove files, links and folders", 1, anyNumber, declareRemove},
       {"mkdir", "[-p] LOCATION...", "Create folders", 1, anyNumber, declareMakeFolder},

@@ -1,8 +1,12 @@
 #include <fstore/CopyAndMove.h>
+#include <fstore/FileCopier.h>
+#include <fstore/Progress.h>
 #include <fstore/Refusal.h>
+#include <fstore/StopSignal.h>
 #include <fstore/Target.h>
 #include <fstore/TreeCopy.h>
 
+#include <optional>
 #include <utility>
 
 namespace fstore {
@@ -31,10 +35,9 @@ void forEachSource(const Session& session, std::vector<std::string> arguments, c
 }
 
 /// Opening the destination would empty the source, if the two were one.
-void copyFileElsewhere(const StorageItem& source, const StorageItem& place, ReplacementPolicy policy) {
+void requireElsewhere(const StorageItem& source, const StorageItem& place) {
   if (source.getCanonicalLocation() == writtenLocation(place))
     throw refusal(ErrorCode::InvalidLocation, place.getLocation(), u"A file cannot be copied onto itself");
-  source.copyFile(place, policy);
 }
 
 void moveItem(const StorageItem& source, const StorageItem& place, ReplacementPolicy policy) {
@@ -53,13 +56,25 @@ void moveItem(const StorageItem& source, const StorageItem& place, ReplacementPo
 
 }  // namespace
 
-void copy(const Session& session, std::vector<std::string> arguments, ReplacementPolicy policy) {
-  forEachSource(session, std::move(arguments), [&](const StorageItem& source, const StorageItem& place) {
+void copy(const Session& session, const std::vector<std::string>& arguments, const CopyOptions& options) {
+  const StopSignal stop;
+  const std::vector<std::string> sources(arguments.begin(), arguments.end() - 1);
+  Progress progress(
+      session.report, session.stores, sources,
+      options.verbosity == Verbosity::Quiet ? Progress::Visibility::Hidden : Progress::Visibility::OnTerminal);
+  FileCopier copier(session, options, stop, progress);
+  forEachSource(session, arguments, [&](const StorageItem& source, const StorageItem& place) {
+    if (copier.isStopped())
+      return;
     if (source.folderExists())
-      TreeCopy(session.report, policy).run(source, place);
+      TreeCopy(session.report, copier).run(source, place);
     else
-      copyFileElsewhere(source, place, policy);
+      copier.add(source, place, requireElsewhere, std::nullopt);
   });
+  copier.finish();
+  copier.printSummary();
+  if (stop.isAsked())
+    session.report.endedBy(stop.number());
 }
 
 void move(const Session& session, std::vector<std::string> arguments, ReplacementPolicy policy) {

@@ -2,6 +2,8 @@
 
 #include <foundation/storage/provider/StorageItem.h>
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,7 @@ struct Entry {
   std::u16string name;
   bool isFolder;  ///< or a link to one
   bool isLink;
+  std::optional<std::uint64_t> size;  ///< in bytes, of files where it is known
 };
 
 /// Appends all entries of `folder` to `entries`. They are collected before anything is done with them, so

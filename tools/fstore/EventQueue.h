@@ -1,8 +1,9 @@
 #pragma once
 
+#include <fstore/StopSignal.h>
+
 #include <foundation/storage/provider/ChangeCallback.h>
 
-#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -18,14 +19,9 @@ struct Event {
 
 /// Hands events from the threads that watch to the one that prints, which sleeps until there are some or SIGINT or
 /// SIGTERM asks it to stop; a second signal ends the program at once. There is one queue in a program.
+/// Making it throws `std::system_error`.
 class EventQueue {
  public:
-  /// Throws `std::system_error`.
-  EventQueue();
-  ~EventQueue();
-  EventQueue(const EventQueue&) = delete;
-  EventQueue& operator=(const EventQueue&) = delete;
-
   /// Adds events; must not be called any more once the queue is gone.
   foundation::storage::provider::ChangeCallback callback();
 
@@ -34,7 +30,7 @@ class EventQueue {
   std::vector<Event> next();
 
  private:
-  int wakeUp_;
+  StopSignal stop_;
   std::mutex mutex_;  ///< guards the events
   std::vector<Event> events_;
 };

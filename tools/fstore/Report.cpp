@@ -19,6 +19,9 @@ using provider::ErrorCode;
 
 namespace {
 
+/// ECMA-48: carriage return, erase to the end of the line.
+const std::string clearLine = "\r\x1b[K";
+
 /// The enumerator's bare name.
 std::string nameOf(ErrorCode code) {
   std::ostringstream text;
@@ -90,11 +93,26 @@ void writeToStandardError(std::string_view line) {
 
 }  // namespace
 
+int Report::exitCode() const {
+  if (signal_ != 0)
+    return 128 + signal_;
+  return failures_ > 0 ? 1 : 0;
+}
+
 void Report::failure(std::u16string_view where, ErrorCode code, std::u16string_view reason) {
-  hasFailures_ = true;
+  ++failures_;
+  const auto line =
+      "fstore " + operation_ + ": " + printable(where) + ": " + nameOf(code) + ": " + printable(reason) + "\n";
+  const std::scoped_lock lock(mutex_);
   // In one piece, so that lines of programs that run side by side do not mix.
-  writeToStandardError("fstore " + operation_ + ": " + printable(where) + ": " + nameOf(code) + ": " +
-                       printable(reason) + "\n");
+  writeToStandardError(std::exchange(hasStatus_, false) ? clearLine + line : line);
+}
+
+void Report::showStatus(const std::string& line) {
+  const std::scoped_lock lock(mutex_);
+  if (hasStatus_ || !line.empty())
+    writeToStandardError(clearLine + line);
+  hasStatus_ = !line.empty();
 }
 
 void Report::current(const std::string& argument) { current(fl::i18n::to_ustring(argument)); }

@@ -5,6 +5,9 @@
 #include <foundation/storage/provider/ErrorCode.h>
 #include <foundation/storage/provider/StorageIRI.h>
 
+#include <atomic>
+#include <cstddef>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,12 +18,21 @@ namespace fstore {
 ///
 ///     fstore OPERATION: LOCATION: CODE: REASON
 ///
-/// and whether anything did.
+/// how often something did, and how the command is to end. It is also who writes to standard error. Any number of
+/// threads may use it.
 class Report {
  public:
   explicit Report(std::string operation) : operation_(std::move(operation)) {}
 
-  bool hasFailures() const { return hasFailures_; }
+  std::size_t failures() const { return failures_; }
+
+  /// 0 done, 1 something failed; where a signal ended the work, that one's number and 128.
+  int exitCode() const;
+  void endedBy(int signal) { signal_ = signal; }
+
+  /// Keeps `line` as the last one on the terminal, in place of the one before; an empty one clears it. To be called
+  /// where standard error is a terminal.
+  void showStatus(const std::string& line);
 
   /// Does `work`, and reports what it throws, so that the command can go on with the next item.
   /// `OutputFailure` passes through.
@@ -49,7 +61,10 @@ class Report {
   void current(const std::u16string& where);
 
   std::string operation_;
-  bool hasFailures_ = false;
+  std::mutex mutex_;  ///< guards standard error and what follows
+  bool hasStatus_ = false;
+  std::atomic<std::size_t> failures_{0};
+  std::atomic<int> signal_{0};
 };
 
 }  // namespace fstore

@@ -29,10 +29,10 @@ void TreeCopy::run(const StorageItem& source, const StorageItem& destination) {
   if (contains(canonicalSource, writtenLocation(destination)))
     throw refusal(ErrorCode::InvalidLocation, destination.getLocation(), u"A folder cannot be copied into itself");
   enter(source, destination, canonicalSource);
-  while (!path_.empty()) {
+  while (!path_.empty() && !files_.isStopped()) {
     auto& level = path_.back();
     if (level.next == level.entries.size())
-      path_.pop_back();
+      leave();
     else
       copyEntry(Entry(std::move(level.entries[level.next++])));
   }
@@ -40,8 +40,17 @@ void TreeCopy::run(const StorageItem& source, const StorageItem& destination) {
 
 void TreeCopy::enter(const StorageItem& source, const StorageItem& destination, const StorageIRI& canonicalSource) {
   Level level{source, destination, canonicalSource, ensureFolder(destination), {}};
+  level.isShared = files_.isParallel() && destination.existsExtended() == ExistenceTypeExtended::SymlinkToFolder;
+  if (level.isShared)
+    files_.finish();
   report_.attempt(source.getLocation(), [&] { collectEntries(source, level.entries); });
   path_.push_back(std::move(level));
+}
+
+void TreeCopy::leave() {
+  if (path_.back().isShared)
+    files_.finish();
+  path_.pop_back();
 }
 
 /// @return its canonical location; what was just created is no link, so that the store need not be asked
@@ -56,12 +65,13 @@ StorageIRI TreeCopy::ensureFolder(const StorageItem& destination) const {
 void TreeCopy::copyEntry(const Entry& entry) {
   const StorageItem source(path_.back().source, entry.name);
   const StorageItem destination(path_.back().destination, entry.name);
-  report_.attempt(source.getLocation(), [&] {
-    if (entry.isFolder)
-      return copySubfolder(source, destination, entry.isLink);
-    requireOrdinary(source, entry.isLink);
-    source.copyFile(destination, policy_);
-  });
+  if (entry.isFolder)
+    report_.attempt(source.getLocation(), [&] { copySubfolder(source, destination, entry.isLink); });
+  else
+    files_.add(
+        source, destination,
+        [isLink = entry.isLink](const StorageItem& file, const StorageItem&) { requireOrdinary(file, isLink); },
+        entry.size);
 }
 
 void TreeCopy::copySubfolder(const StorageItem& source, const StorageItem& destination, bool isLink) {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <fstore/Entries.h>
+#include <fstore/FileCopier.h>
 #include <fstore/Report.h>
 
-#include <foundation/storage/provider/ReplacementPolicy.h>
 #include <foundation/storage/provider/StorageItem.h>
 
 #include <cstddef>
@@ -17,11 +17,11 @@ namespace fstore {
 /// copied, or to the copy. Entries that fail are reported, and the rest is copied.
 class TreeCopy {
  public:
-  TreeCopy(Report& report, foundation::storage::provider::ReplacementPolicy policy)
-      : report_(report), policy_(policy) {}
+  TreeCopy(Report& report, FileCopier& files) : report_(report), files_(files) {}
 
-  /// Throws `Exception`, before anything is written, where the folder would be copied into itself, and
-  /// where the destination cannot be made a folder.
+  /// Ends early where the copier is stopped; the last files may still be under way afterwards. Throws `Exception`,
+  /// before anything is written, where the folder would be copied into itself, and where the destination cannot be made
+  /// a folder.
   void run(const foundation::storage::provider::StorageItem& source,
            const foundation::storage::provider::StorageItem& destination);
 
@@ -34,6 +34,8 @@ class TreeCopy {
     foundation::storage::provider::StorageIRI canonicalDestination;
     std::vector<Entry> entries;
     std::size_t next = 0;
+    /// The destination is a link, so that what is written to it may also be written to elsewhere in this copy.
+    bool isShared = false;
   };
 
   void enter(const foundation::storage::provider::StorageItem& source,
@@ -41,13 +43,14 @@ class TreeCopy {
              const foundation::storage::provider::StorageIRI& canonicalSource);
   foundation::storage::provider::StorageIRI ensureFolder(
       const foundation::storage::provider::StorageItem& destination) const;
+  void leave();
   void copyEntry(const Entry& entry);
   void copySubfolder(const foundation::storage::provider::StorageItem& source,
                      const foundation::storage::provider::StorageItem& destination, bool isLink);
   bool leadsBack(const foundation::storage::provider::StorageIRI& canonicalSource) const;
 
   Report& report_;
-  foundation::storage::provider::ReplacementPolicy policy_;
+  FileCopier& files_;
   std::vector<Level> path_;  ///< from the outermost folder inwards; not the call stack, which is not deep enough
 };
 

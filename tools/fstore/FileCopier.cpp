@@ -1,0 +1,128 @@
+#include <fstore/Comparison.h>
+#include <fstore/FileCopier.h>
+#include <fstore/Refusal.h>
+#include <fstore/Size.h>
+#include <fstore/Text.h>
+
+#include <algorithm>
+#include <exception>
+
+namespace fstore {
+
+namespace provider = foundation::storage::provider;
+using provider::ErrorCode;
+using provider::ExistenceTypeExtended;
+using provider::StorageItem;
+using provider::TransactionPolicy;
+
+namespace {
+
+/// What is copied between two questions whether to go on.
+constexpr std::uint64_t blockSize = 4 * 1024 * 1024;
+/// Files up to this size are copied so fast that nobody needs to see how.
+constexpr std::uint64_t smallSize = 8 * 1024 * 1024;
+
+std::optional<std::uint64_t> sizeOf(const StorageItem& file) {
+  const auto attributes = file.getFileAttributes();
+  return attributes.hasSizeAttribute() ? std::optional(attributes.getSize()) : std::nullopt;
+}
+
+bool isLink(const StorageItem& item) {
+  try {
+    return item.existsExtended() == ExistenceTypeExtended::SymlinkToFile;
+  } catch (const std::exception&) {  // copying to it will say why
+    return false;
+  }
+}
+
+std::string counted(std::uint64_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+}  // namespace
+
+FileCopier::FileCopier(const Session& session, const CopyOptions& options, const StopSignal& stop, Progress& progress)
+    : session_(session),
+      options_(options),
+      stop_(stop),
+      progress_(progress),
+      plainCopies_(stop, session.report),
+      jobs_(options.threads) {}
+
+void FileCopier::add(const Item& source, const Item& place, const Check& check,
+                     const std::optional<std::uint64_t>& size) {
+  const auto job = [this, source, place, check, size] {
+    if (isStopped())
+      return;
+    session_.report.attempt(source.getLocation(), [&] {
+      check(source, place);
+      copy(source, place, size);
+    });
+  };
+  // Where a link leads, another job may be writing.
+  const bool isAlone = isParallel() && isLink(place);
+  if (isAlone)
+    finish();
+  jobs_.add(job);
+  if (isAlone)
+    finish();
+}
+
+void FileCopier::copy(const Item& source, const Item& place, std::optional<std::uint64_t> size) {
+  if (!size)
+    size = sizeOf(source);
+  std::uint64_t shown = 0;
+  if (needsCallback(size))
+    shown = copyWatched(source, place, size.value_or(0));
+  else
+    plainCopies_.run(place.getLocation(), [&] { source.copyFile(place, options_.policy); });
+  ++files_;
+  bytes_ += size.value_or(0);
+  progress_.add(size.value_or(0) - shown);
+  if (options_.verification == Verification::Compare)
+    requireSameContent(source, place, [this] { return isStopped(); });
+  if (options_.verbosity == Verbosity::Verbose)
+    tell(source, place);
+}
+
+bool FileCopier::needsCallback(const std::optional<std::uint64_t>& size) const {
+  return options_.transaction == TransactionPolicy::Atomic || (progress_.isShown() && size.value_or(0) > smallSize);
+}
+
+/// @return how much of it the progress has been told
+std::uint64_t FileCopier::copyWatched(const Item& source, const Item& place, std::uint64_t size) {
+  std::uint64_t shown = 0;
+  const auto status = source.copyFile(
+      place,
+      {.replacementPolicy = options_.policy, .transactionPolicy = options_.transaction, .interruptCallback = [&] {
+         const auto step = std::min(blockSize, size - shown);
+         shown += step;
+         progress_.add(step);
+         return isStopped() ? provider::InterruptSignal::Abort : provider::InterruptSignal::Continue;
+       }});
+  if (status == provider::TransactionStatus::Aborted)
+    throw refusal(ErrorCode::IOError, place.getLocation(),
+                  options_.transaction == TransactionPolicy::Atomic ? u"Interrupted; nothing was written"
+                                                                    : u"Interrupted; what is there now is incomplete");
+  return shown;
+}
+
+void FileCopier::tell(const Item& source, const Item& place) {
+  const std::scoped_lock lock(outputMutex_);
+  progress_.clear();
+  session_.output.write(printable(source.getLocation().toString()) + " -> " +
+                        printable(place.getLocation().toString()) + "\n");
+  if (session_.output.isTerminal())
+    session_.output.flush();
+}
+
+void FileCopier::printSummary() {
+  const auto failures = session_.report.failures();
+  if (options_.verbosity == Verbosity::Quiet || (options_.verbosity == Verbosity::Normal && failures == 0))
+    return;
+  progress_.clear();
+  session_.output.write(counted(files_, "file") + " copied, " + counted(bytes_, "byte") + " (" + shortSize(bytes_) +
+                        "), " + std::to_string(failures) + " failed\n");
+}
+
+}  // namespace fstore

@@ -1,0 +1,65 @@
+#include <fstore/StopSignal.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace fstore {
+namespace {
+
+// What a signal's handler may use.
+std::atomic<int> askingSignal{0};
+std::atomic<int> wakeUpDescriptor{-1};
+
+void wakeUpSleeper(int descriptor) {
+  const std::uint64_t one = 1;
+  // It fails only where more wake-ups than can be counted are under way.
+  (void)!write(descriptor, &one, sizeof one);
+}
+
+extern "C" void askToStop(int signal) {
+  const int error = errno;  // of whatever the signal has interrupted
+  if (askingSignal.exchange(signal) != 0)
+    _exit(128 + signal);
+  wakeUpSleeper(wakeUpDescriptor);
+  errno = error;
+}
+
+void handle(int signal) {
+  struct sigaction action {};
+  action.sa_handler = askToStop;
+  sigemptyset(&action.sa_mask);
+  if (sigaction(signal, &action, nullptr) == -1)
+    throw std::system_error(errno, std::generic_category(), "sigaction");
+}
+
+}  // namespace
+
+StopSignal::StopSignal() : wakeUp_(eventfd(0, EFD_CLOEXEC)) {
+  if (wakeUp_ == -1)
+    throw std::system_error(errno, std::generic_category(), "eventfd");
+  wakeUpDescriptor = wakeUp_;
+  handle(SIGINT);
+  handle(SIGTERM);
+}
+
+StopSignal::~StopSignal() {
+  wakeUpDescriptor = -1;
+  close(wakeUp_);
+}
+
+int StopSignal::number() const { return askingSignal; }
+
+void StopSignal::wait() const {
+  std::uint64_t count = 0;
+  if (read(wakeUp_, &count, sizeof count) == -1 && errno != EINTR)
+    throw std::system_error(errno, std::generic_category(), "read");
+}
+
+void StopSignal::wakeUp() const { wakeUpSleeper(wakeUp_); }
+
+}  // namespace fstore
