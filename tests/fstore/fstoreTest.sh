@@ -96,6 +96,8 @@ while read -ra arguments; do misused "${arguments[@]}"; done <<'TABLE'
 
 nonsense
 --nonsense
+--generate
+--generate book
 ls --nonsense
 ls -l=maybe
 stat
@@ -143,6 +145,41 @@ same "0 " "$code $err" "cp --help"
 [[ $out == *" SOURCE... DESTINATION"* ]] || complain "cp --help shows no usage"
 run --version
 [[ $code == 0 && $out =~ ^fstore\ [0-9]+\.[0-9]+\.[0-9]+$ ]] || complain "--version prints <$out>"
+
+# --- the manual page and completion -------------------------------------------------------------------
+
+fresh
+operations=$("$fstore" --help | sed -n '/^Operations:/,/^$/s/^  \([a-z]*\) .*/\1/p')
+ok --generate man
+same "$operations" "$(sed -n 's/^\.SS //p' "$work/out")" "operations in the manual page"
+if command -v man >/dev/null; then
+  same '' "$(MANROFFSEQ='' man --warnings -E UTF-8 -l "$work/out" 2>&1 >/dev/null)" "warnings about the manual page"
+else
+  skipped "warnings about the manual page: man(1) is missing"
+fi
+ok --generate completion
+cp "$work/out" completion
+completes() { # completes EXPECTED WORD...: the last word is being completed
+  local expected=$1
+  shift
+  same "$expected" "$(
+    # shellcheck disable=SC1091,SC2034,SC2317 # made above; what the script reads and writes
+    compopt() { :; }
+    . ./completion
+    COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
+    _fstore && printf '%s\n' "${COMPREPLY[*]}"
+  )" "completing $*"
+}
+completes "mv mkdir" fstore m
+completes "$(tr '\n' ' ' <<<"$operations")--help --version" fstore ''
+completes "--help --version" fstore --
+completes "--no-create" fstore touch file --no
+completes "overwrite" fstore cp --policy o
+completes "noclobber" fstore cp --policy = no
+completes "preserve overwrite clobber noclobber" fstore cp a --policy =
+completes "f d l" fstore find . --type ''
+completes "" fstore truncate -s '' # nothing to guess
+completes "" fstore ls fo          # a path, which readline completes
 
 # --- any name goes in and comes out -----------------------------------------------------------------
 

@@ -1,5 +1,7 @@
 #include <fstore/CommandLine.h>
 #include <fstore/Commands.h>
+#include <fstore/Completion.h>
+#include <fstore/Manual.h>
 #include <fstore/Text.h>
 
 #include <fl/i18n/Convert.h>
@@ -139,17 +141,18 @@ int run(const std::vector<std::string>& arguments) {
   if (chosen != all.end())
     return runCommand(*chosen, {arguments.begin() + 1, arguments.end()});
 
-  CLI::App app("Reach stored files and folders, wherever they live.");
+  CLI::App app(programSummary);
   app.formatter(std::make_shared<HelpText>("OPERATION [OPTION...] [LOCATION...]"));
   app.set_version_flag("--version", "fstore " FSTORE_VERSION);
-  app.footer(
-      "A location is a text such as file:///home/ann/notes, or a path.\n"
-      "\"fstore OPERATION --help\" tells more. Exit codes: 0 done, 1 something failed, 2 wrong usage,\n130 or 143 "
-      "interrupted.");
+  app.footer(locationHelp + "\n\"fstore OPERATION --help\" tells more. Exit codes: " + exitCodeHelp);
+  // For building the program, not for using it.
+  const auto* generate = app.add_option("--generate")->group("")->check(CLI::IsMember({"man", "completion"}));
   for (const auto& command : all)
     app.add_subcommand(command.name, command.summary)->group("Operations");
   const auto [options, locations] = separate(app, arguments);
   return parse("fstore", app, options, [&, &locations = locations] {
+    if (generate->count() > 0 && locations.empty())
+      return print(generate->results().back() == "man" ? manualPage(all, FSTORE_VERSION) : completionScript(all));
     return refuse("fstore", app,
                   locations.empty() ? "An operation is missing" : "There is no operation '" + locations.front() + "'");
   });

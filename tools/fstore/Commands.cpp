@@ -42,7 +42,9 @@ CLI::Option* addValue(CLI::App& app, const std::string& names, const std::string
   return check ? option->check(check) : option;
 }
 
-CLI::Option* addJson(CLI::App& app) { return addFlag(app, "--json", "One JSON array; its locations name any file"); }
+CLI::Option* addJson(CLI::App& app) {
+  return addFlag(app, "--json", "One JSON array; a name that is no text is null, its location has %XX for such bytes");
+}
 
 Format formatOf(const CLI::Option* json) { return json->count() > 0 ? Format::Json : Format::Text; }
 
@@ -124,13 +126,15 @@ Action declareTree(CLI::App& app) {
 }
 
 Action declareFind(CLI::App& app) {
+  app.footer("Links are printed, not followed.");
   const auto* name =
       addValue(app, "--name", "WILDCARD", "Names that match: * any text, ? one character, [a-z], [!a-z]");
   const auto* type =
       addValue(app, "--type", "TYPE", "f files, d folders, l links")->check(CLI::IsMember({"f", "d", "l"}));
   const auto* size =
       addValue(app, "--size", "[+-]SIZE", "Files of SIZE bytes, above (+) or below (-) it", checkSizeBound);
-  const auto* newer = addValue(app, "--newer", "WHAT", "Changed after a time (UTC), or after what is at a location");
+  const auto* newer =
+      addValue(app, "--newer", "LOCATION|TIME", "Changed after a time (UTC), or after what is at a location");
   const auto* depth = addDepth(app, "--max-depth");
   const auto* json = addJson(app);
   return [=](const Session& session, const Locations& locations) {
@@ -169,6 +173,9 @@ Verbosity verbosityOf(const CLI::Option* verbose, const CLI::Option* quiet) {
 }
 
 Action declareCopy(CLI::App& app) {
+  app.footer(
+      "A signal ends a copy between two files or in the middle of one. With --atomic nothing is half written then; "
+      "otherwise the file that may be is reported.");
   auto* noClobber = addFlag(app, "-n,--no-clobber", "Keep existing files; each is reported as a failure");
   const auto* policy = addValue(app, "--policy", "POLICY",
                                 "What to do with existing files: preserve or noclobber as -n, overwrite or clobber "
