@@ -76,11 +76,11 @@ void FileCopier::copy(const Item& source, const Item& place, std::optional<std::
     shown = copyWatched(source, place, size.value_or(0));
   else
     plainCopies_.run(place.getLocation(), [&] { source.copyFile(place, options_.policy); });
-  ++files_;
-  bytes_ += size.value_or(0);
   progress_.add(size.value_or(0) - shown);
   if (options_.verification == Verification::Compare)
     requireSameContent(source, place, [this] { return isStopped(); });
+  ++files_;
+  bytes_ += size.value_or(0);
   if (options_.verbosity == Verbosity::Verbose)
     tell(source, place);
 }

@@ -1,7 +1,6 @@
 #include <fstore/PlainCopies.h>
 
 #include <chrono>
-#include <unistd.h>
 
 namespace fstore {
 
@@ -44,7 +43,7 @@ void PlainCopies::waitForSignal() {
 void PlainCopies::endProgram() {
   for (const auto& destination : underWay_)
     report_.failure(destination.toString(), ErrorCode::IOError, u"Interrupted; what is there now is incomplete");
-  _exit(128 + stop_.number());
+  stop_.endProgram();
 }
 
 PlainCopies::Entry::Entry(PlainCopies& copies, const StorageIRI& destination) : copies_(copies) {

@@ -21,10 +21,21 @@ void wakeUpSleeper(int descriptor) {
   (void)!write(descriptor, &one, sizeof one);
 }
 
+/// As if the signal had never been handled.
+[[noreturn]] void endBy(int signal) {
+  sigset_t itself;
+  sigemptyset(&itself);
+  sigaddset(&itself, signal);
+  std::signal(signal, SIG_DFL);
+  pthread_sigmask(SIG_UNBLOCK, &itself, nullptr);
+  raise(signal);
+  _exit(128 + signal);  // the first process of a container outlives its own signals
+}
+
 extern "C" void askToStop(int signal) {
   const int error = errno;  // of whatever the signal has interrupted
   if (askingSignal.exchange(signal) != 0)
-    _exit(128 + signal);
+    endBy(signal);
   wakeUpSleeper(wakeUpDescriptor);
   errno = error;
 }
@@ -53,6 +64,8 @@ StopSignal::~StopSignal() {
 }
 
 int StopSignal::number() const { return askingSignal; }
+
+void StopSignal::endProgram() const { endBy(number()); }
 
 void StopSignal::wait() const {
   std::uint64_t count = 0;

@@ -18,6 +18,9 @@ class StopSignal {
   /// Which signal asked; 0 if none did.
   int number() const;
 
+  /// Ends the program at once, by the signal that asked.
+  [[noreturn]] void endProgram() const;
+
   /// Sleeps until there is a signal or `wakeUp` is called, also if that was before. Throws `std::system_error`.
   void wait() const;
   void wakeUp() const;
