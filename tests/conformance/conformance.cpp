@@ -31,19 +31,14 @@ Place makeLocalFolder() {
 }
 
 std::vector<BackEnd> ourBackEnds() {
-  using enum Capability;
   return {
       {.name = "Memory",
        .makeEmptyFolder = [] { return rootOf(makeMemoryProvider()); },
-       .capabilities = {Write, Append, RandomAccess, Wildcards, RecursiveListing, RecursiveRemoval, AtomicCopy,
-                        AtomicReplacement, ExclusiveCreation, SetLastModified, SetWritable, StorageInfo, LimitedSpace,
-                        AnyName, HugeFiles},
+       .capabilities = backend::memory::MemoryProviderFactory::capabilities(),
        .makeSmallFolder = [](std::uint64_t bytes) { return rootOf(makeMemoryProvider(bytes)); }},
       {.name = "Local",
        .makeEmptyFolder = makeLocalFolder,
-       .capabilities = {Write, Append, RandomAccess, Wildcards, RecursiveListing, RecursiveRemoval, AtomicCopy,
-                        AtomicReplacement, ExclusiveCreation, SetLastModified, SetWritable, StorageInfo, AnyName,
-                        HugeFiles, ChangeEvents}},
+       .capabilities = backend::local::LocalProviderFactory::capabilities()},
   };
 }
 

@@ -171,8 +171,9 @@ completes() { # completes EXPECTED WORD...: the last word is being completed
   )" "completing $*"
 }
 completes "mv mkdir" fstore m
-completes "$(tr '\n' ' ' <<<"$operations")--help --version" fstore ''
-completes "--help --version" fstore --
+completes "$(tr '\n' ' ' <<<"$operations")--config --help --version" fstore ''
+completes "--config --help --version" fstore --
+completes "--no-create" fstore -c options.info touch file --no
 completes "--no-create" fstore touch file --no
 completes "overwrite" fstore cp --policy o
 completes "noclobber" fstore cp --policy = no
@@ -836,7 +837,7 @@ for operation in ls tree find stat cat rm mkdir 'mkdir -p' put 'mv file' 'cp fil
   while IFS='|' read -r argument problem; do
     fails "$problem" "${words[@]}" "$(printf '%b' "$argument")" </dev/null
   done <<TABLE
-s3://bucket/key|s3://bucket/key: UnsupportedOperation: No store serves the scheme 's3'
+s3://bucket/key|s3://bucket/key: UnsupportedOperation: The scheme "s3" is not known; these are: file, memory
 file:// x|file:// x: InvalidLocation: Not a valid IRI: at offset 7, *
 file:///a\\nb\\x1b|file:///a\\nb\\x1b: InvalidLocation: Not a valid IRI: at offset 9, *
 file:///%zz|file:///%zz: InvalidLocation: Not a valid IRI: at offset 8, *

@@ -11,6 +11,7 @@
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -47,10 +48,9 @@ ErrorCode codeOf(const OutputFailure& failure) {
 
 /// Does `work(session)`, and writes out all that it has printed.
 template <class Work>
-int runReporting(const std::string& operation, const Work& work) {
+int runReporting(const std::string& operation, const Stores& stores, const Work& work) {
   Report report(operation);
   Output output;
-  const Stores stores;
   try {
     work(Session{report, output, stores});
     output.flush();
@@ -67,7 +67,7 @@ std::string helpText(const CLI::App& app) {
 }
 
 int print(const std::string& text) {
-  return runReporting("help", [&](const Session& session) { session.output.write(text); });
+  return runReporting("help", Stores(std::nullopt), [&](const Session& session) { session.output.write(text); });
 }
 
 /// @param program  the name of the program, with the operation if one is known
@@ -116,7 +116,7 @@ std::pair<Arguments, Arguments> separate(const CLI::App& app, const Arguments& a
   return separated;
 }
 
-int runCommand(const Command& command, const Arguments& arguments) {
+int runCommand(const Command& command, const Arguments& arguments, const std::optional<std::string>& configuration) {
   const auto program = "fstore " + command.name;
   CLI::App app(command.summary);
   app.formatter(std::make_shared<HelpText>(command.name + " " + command.usage));
@@ -127,23 +127,43 @@ int runCommand(const Command& command, const Arguments& arguments) {
       return refuse(program, app, "A location is missing");
     if (locations.size() > command.most)
       return refuse(program, app, "There is a location too many: '" + locations[command.most] + "'");
-    return runReporting(command.name, [&](const Session& session) { action(session, locations); });
+    try {
+      const Stores stores(configuration);
+      return runReporting(command.name, stores, [&](const Session& session) { action(session, locations); });
+    } catch (const ArgumentFailure& failure) {
+      std::cerr << program << ": " << printable(fl::i18n::to_ustring(failure.what())) << "\n";
+      return wrongUsage;
+    }
   });
+}
+
+/// The file that the stores' options are in, and the arguments behind it.
+std::pair<std::optional<std::string>, Arguments> takeConfiguration(const Arguments& given) {
+  constexpr std::string_view withValue = "--config=";
+  if (given.empty())
+    return {std::nullopt, given};
+  if (given.front().starts_with(withValue))
+    return {given.front().substr(withValue.size()), {given.begin() + 1, given.end()}};
+  if (given.size() > 1 && (given.front() == "-c" || given.front() == "--config"))
+    return {given[1], {given.begin() + 2, given.end()}};
+  return {std::nullopt, given};
 }
 
 }  // namespace
 
-int run(const std::vector<std::string>& arguments) {
+int run(const std::vector<std::string>& given) {
   const auto all = commands();
+  const auto [configuration, arguments] = takeConfiguration(given);
   const auto chosen = std::find_if(all.begin(), all.end(), [&](const Command& command) {
     return !arguments.empty() && command.name == arguments.front();
   });
   if (chosen != all.end())
-    return runCommand(*chosen, {arguments.begin() + 1, arguments.end()});
+    return runCommand(*chosen, {arguments.begin() + 1, arguments.end()}, configuration);
 
   CLI::App app(programSummary);
-  app.formatter(std::make_shared<HelpText>("OPERATION [OPTION...] [LOCATION...]"));
+  app.formatter(std::make_shared<HelpText>("[-c FILE] OPERATION [OPTION...] [LOCATION...]"));
   app.set_version_flag("--version", "fstore " FSTORE_VERSION);
+  declareConfiguration(app);
   app.footer(locationHelp + "\n\"fstore OPERATION --help\" tells more. Exit codes: " + exitCodeHelp);
   // For building the program, not for using it.
   const auto* generate = app.add_option("--generate")->group("")->check(CLI::IsMember({"man", "completion"}));

@@ -9,6 +9,6 @@ namespace fstore {
 /// @param arguments  without the program's own name
 /// @return the exit code: 0 done, 1 something failed, 2 wrong usage, 128 and a signal's number where that ended
 ///         the work
-int run(const std::vector<std::string>& arguments);
+int run(const std::vector<std::string>& given);
 
 }  // namespace fstore

@@ -1,3 +1,4 @@
+#include <fstore/BackEnds.h>
 #include <fstore/Capacity.h>
 #include <fstore/Change.h>
 #include <fstore/Checksum.h>
@@ -250,6 +251,11 @@ Action declareChecksum(CLI::App& app) {
       [=](const Session& session, const Locations& locations) { printChecksums(session, locations, formatOf(json)); };
 }
 
+Action declareBackEnds(CLI::App& app) {
+  const auto* json = addJson(app);
+  return [=](const Session& session, const Locations&) { printBackEnds(session, formatOf(json)); };
+}
+
 Action declareWatch(CLI::App& app) {
   const auto* recursive = addFlag(app, "-r,-R,--recursive", "The whole subtree");
   const auto* json = addFlag(app, "--json", "One JSON object a line");
@@ -292,6 +298,7 @@ std::span<const Command> commands() {
       {"sum", "[--json] LOCATION...", "Print the SHA-256 of files", 1, anyNumber, declareChecksum},
       {"df", "[-h] [--json] LOCATION...", "Show how big stores are, and how full", 1, anyNumber, declareCapacity},
       {"watch", "[-r] [--poll MS] [--json] LOCATION", "Print changes until interrupted", 1, 1, declareWatch},
+      {"backends", "[--json]", "Show which stores there are, and what each can do", 0, 0, declareBackEnds},
   };
   return all;
 }

@@ -10,7 +10,8 @@ namespace {
 constexpr std::string_view head = R"(# bash completion for fstore
 
 _fstore() {
-  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} words=
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} words= first=1
+  [[ ${COMP_WORDS[1]} != -c && ${COMP_WORDS[1]} != --config ]] || first=3
   COMPREPLY=()
   # "--option=value" comes as three words.
   if [[ $current == = ]]; then
@@ -18,7 +19,7 @@ _fstore() {
   elif [[ $previous == = ]]; then
     previous=${COMP_WORDS[COMP_CWORD - 2]}
   fi
-  case $COMP_CWORD:${COMP_WORDS[1]}:$previous:$current in
+  case $((COMP_CWORD - first + 1)):${COMP_WORDS[first]}:$previous:$current in
 )";
 
 /// And behind them: where no case fits, readline completes paths.
@@ -88,8 +89,8 @@ std::string completionScript(std::span<const Command> commands) {
     operations.push_back(command.name);
     cases += casesOf(command);
   }
-  return std::string(head) + "    1:*) words=\"" + joined(operations, " ") + " --help --version\" ;;\n" + cases +
-         std::string(tail);
+  return std::string(head) + "    1:*) words=\"" + joined(operations, " ") + " --config --help --version\" ;;\n" +
+         cases + std::string(tail);
 }
 
 }  // namespace fstore

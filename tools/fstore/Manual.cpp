@@ -39,6 +39,16 @@ std::string manualOf(const CLI::Option& option) {
   return ".TP\n" + names + (value.empty() ? "" : " " + italic(value)) + "\n" + escaped(option.get_description()) + "\n";
 }
 
+std::string manualOfConfiguration() {
+  CLI::App app;
+  declareConfiguration(app);
+  std::string text;
+  for (const auto* option : app.get_options())
+    if (option != app.get_help_ptr())
+      text += manualOf(*option);
+  return text;
+}
+
 std::string manualOf(const Command& command) {
   CLI::App app;
   command.declare(app);
@@ -54,12 +64,19 @@ std::string manualOf(const Command& command) {
 
 }  // namespace
 
+void declareConfiguration(CLI::App& app) {
+  app.add_option("-c,--config")
+      ->description("Options of the stores, a section for each as in 'file { root /srv }': a .info or .json file")
+      ->option_text("FILE");
+}
+
 std::string manualPage(std::span<const Command> commands, const std::string& version) {
   std::string text = ".TH FSTORE 1 \"\" \"fstore " + escaped(version) + "\" \"User Commands\"\n" + section("NAME") +
                      "fstore \\- reach stored files and folders, wherever they live\n" + section("SYNOPSIS") +
-                     bold("fstore") + " " + italic("OPERATION") + " [" + italic("OPTION") + "...] [" +
-                     italic("LOCATION") + "...]\n" + section("DESCRIPTION") + escaped(programSummary) + "\n" +
-                     paragraph(locationHelp) + section("OPERATIONS");
+                     bold("fstore") + " [" + bold("-c") + " " + italic("FILE") + "] " + italic("OPERATION") + " [" +
+                     italic("OPTION") + "...] [" + italic("LOCATION") + "...]\n" + section("DESCRIPTION") +
+                     escaped(programSummary) + "\n" + paragraph(locationHelp) + section("OPTIONS") +
+                     manualOfConfiguration() + section("OPERATIONS");
   for (const auto& command : commands)
     text += manualOf(command);
   return text + section("DIAGNOSTICS") + "Each error is one line on standard error:\n" +

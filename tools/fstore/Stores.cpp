@@ -1,9 +1,10 @@
-#include <fstore/Refusal.h>
 #include <fstore/Stores.h>
 
 #include <fl/i18n/Convert.h>
 #include <foundation/network/IRISyntaxException.h>
 #include <foundation/storage/provider/LocalPath.h>
+#include <foundation/storage/registry/ConfigurationFileException.h>
+#include <foundation/storage/registry/DefaultRegistry.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -65,6 +66,18 @@ StorageIRI locate(const std::string& argument) {
   return provider::toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(absolutePath(argument))));
 }
 
+/// Options are checked at the latest when a store is first used.
+template <class Work>
+auto explained(const Work& work) {
+  try {
+    return work();
+  } catch (const foundation::storage::registry::ConfigurationFileException& failure) {
+    throw ArgumentFailure(failure.what());
+  } catch (const std::invalid_argument& failure) {
+    throw ArgumentFailure(failure.what());
+  }
+}
+
 }  // namespace
 
 bool isLocationText(std::string_view argument) {
@@ -72,13 +85,15 @@ bool isLocationText(std::string_view argument) {
   return end != argument.end() && *end == ':' && isLetter(argument.front());
 }
 
+Stores::Stores(const std::optional<std::string>& configuration)
+    : registry_(foundation::storage::registry::makeDefaultRegistry()) {
+  if (configuration)
+    explained([&] { registry_.configureFromFile(*configuration); });
+}
+
 provider::StorageItem Stores::open(const std::string& argument) const {
-  auto location = locate(argument);
-  if (location.getScheme() != u"file")
-    throw refusal(provider::ErrorCode::UnsupportedOperation, location,
-                  u"No store serves the scheme '" + location.getScheme() + u"'");
-  auto store = local_.buildProvider(location);
-  return {std::move(store), std::move(location)};
+  const auto location = locate(argument);
+  return explained([&] { return registry_.item(location); });
 }
 
 }  // namespace fstore

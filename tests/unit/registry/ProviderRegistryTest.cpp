@@ -3,6 +3,7 @@
 #include "Stores.h"
 
 #include <fl/i18n/Convert.h>
+#include <foundation/storage/backend/local/LocalProviderFactory.h>
 #include <foundation/storage/registry/InvalidRegistrationException.h>
 #include <foundation/storage/registry/ReadOnlyFilter.h>
 #include <foundation/storage/testing/Together.h>
@@ -12,6 +13,7 @@
 namespace foundation::storage::registry {
 namespace {
 
+using backend::local::LocalProviderFactory;
 using backend::memory::MemoryProviderFactory;
 
 /// Names of all that the tests below know, and a file that can hold a container.
@@ -141,11 +143,12 @@ TEST_F(ProviderRegistryTest, RefusesNamesThatItCannotTellApart) {
   EXPECT_EQ(nameRefused([&] { registry.addFilter(u"new", nullptr); }), u"new");
   registry.addPhysical(u"X-1.y", std::make_shared<MemoryProviderFactory>());
   using enum Role;
-  EXPECT_EQ(registry.registrations(), (std::vector<Registration>{{u"box", Container},
-                                                                 {u"file", Physical},
-                                                                 {u"memory", Physical},
-                                                                 {u"readonly", Filter},
-                                                                 {u"x-1.y", Physical}}));
+  EXPECT_EQ(registry.registrations(),
+            (std::vector<Registration>{{u"box", Container},
+                                       {u"file", Physical, LocalProviderFactory::capabilities()},
+                                       {u"memory", Physical, MemoryProviderFactory::capabilities()},
+                                       {u"readonly", Filter},
+                                       {u"x-1.y", Physical}}));
 }
 
 TEST_F(ProviderRegistryTest, ShutsDownAllEvenIfOneFails) {

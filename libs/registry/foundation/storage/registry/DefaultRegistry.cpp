@@ -8,8 +8,10 @@ namespace foundation::storage::registry {
 
 ProviderRegistry makeDefaultRegistry() {
   ProviderRegistry registry;
-  registry.addPhysical(u"file", std::make_shared<backend::local::LocalProviderFactory>());
-  registry.addPhysical(u"memory", std::make_shared<backend::memory::MemoryProviderFactory>());
+  using backend::local::LocalProviderFactory;
+  using backend::memory::MemoryProviderFactory;
+  registry.addPhysical(u"file", std::make_shared<LocalProviderFactory>(), LocalProviderFactory::capabilities());
+  registry.addPhysical(u"memory", std::make_shared<MemoryProviderFactory>(), MemoryProviderFactory::capabilities());
   registry.addFilter(u"readonly", std::make_shared<ReadOnlyFilter>());
   return registry;
 }

@@ -87,13 +87,15 @@ ProviderRegistry::ProviderRegistry() : state_(std::make_shared<detail::RegistryS
 ProviderRegistry::~ProviderRegistry() = default;
 
 void ProviderRegistry::addPhysical(const std::u16string& scheme,
-                                   std::shared_ptr<provider::PhysicalProviderFactory> factory) {
-  state_->registrations.add(scheme, std::move(factory));
+                                   std::shared_ptr<provider::PhysicalProviderFactory> factory,
+                                   provider::Capabilities capabilities) {
+  state_->registrations.add(scheme, std::move(factory), std::move(capabilities));
 }
 
 void ProviderRegistry::addContainer(const std::u16string& scheme,
-                                    std::shared_ptr<provider::ContainerProviderFactory> factory) {
-  state_->registrations.add(scheme, std::move(factory));
+                                    std::shared_ptr<provider::ContainerProviderFactory> factory,
+                                    provider::Capabilities capabilities) {
+  state_->registrations.add(scheme, std::move(factory), std::move(capabilities));
 }
 
 void ProviderRegistry::addFilter(const std::u16string& prefix, std::shared_ptr<FilterFactory> filter) {
@@ -103,7 +105,7 @@ void ProviderRegistry::addFilter(const std::u16string& prefix, std::shared_ptr<F
 std::vector<Registration> ProviderRegistry::registrations() const {
   std::vector<Registration> all;
   for (const auto& [name, factory] : state_->registrations.all())
-    all.push_back({name, detail::roleOf(factory)});
+    all.push_back({name, detail::roleOf(factory), state_->registrations.capabilitiesOf(name)});
   return all;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/core/Export.h>
+#include <foundation/storage/provider/Capability.h>
 #include <foundation/storage/provider/ContainerProviderFactory.h>
 #include <foundation/storage/provider/PhysicalProviderFactory.h>
 #include <foundation/storage/provider/StorageIRI.h>
@@ -47,9 +48,12 @@ class FOUNDATION_EXPORT ProviderRegistry {
   // other name, for one that is registered in whatever role, and for a factory that is null.
 
   /// Serves the locations of `scheme` that are in no container.
-  void addPhysical(const std::u16string& scheme, std::shared_ptr<provider::PhysicalProviderFactory> factory);
+  /// @param capabilities  for `registrations` to tell; nothing here goes by them
+  void addPhysical(const std::u16string& scheme, std::shared_ptr<provider::PhysicalProviderFactory> factory,
+                   provider::Capabilities capabilities = {});
   /// Serves the locations "SCHEME:INNER!/path", on top of the item of INNER.
-  void addContainer(const std::u16string& scheme, std::shared_ptr<provider::ContainerProviderFactory> factory);
+  void addContainer(const std::u16string& scheme, std::shared_ptr<provider::ContainerProviderFactory> factory,
+                    provider::Capabilities capabilities = {});
   /// Serves the locations whose scheme begins with "PREFIX+", on top of the provider of what follows.
   void addFilter(const std::u16string& prefix, std::shared_ptr<FilterFactory> filter);
 

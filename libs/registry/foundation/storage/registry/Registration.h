@@ -1,5 +1,7 @@
 #pragma once
 
+#include <foundation/storage/provider/Capability.h>
+
 #include <cstdint>
 #include <string>
 
@@ -16,6 +18,8 @@ enum class Role : std::int32_t {
 struct Registration {
   std::u16string name;  ///< in lower case
   Role role;
+  /// What the back end says that it can do, where that was told; of a filter nothing, that depends on what is below.
+  provider::Capabilities capabilities = {};
 
   bool operator==(const Registration&) const = default;
 };

@@ -33,27 +33,6 @@ const std::vector<CheckGroup>& allGroups() {
   return groups;
 }
 
-constexpr std::array capabilityTexts{
-    "writing",
-    "appending",
-    "seeking and reading while writing",
-    "wildcards",
-    "recursive listing",
-    "recursive removal",
-    "atomic copies of its own",
-    "atomic replacement",
-    "exclusive creation",
-    "setting the last modification",
-    "setting writable",
-    "storage information",
-    "a limit to its space",
-    "names of any bytes",
-    "huge files with gaps",
-    "change events of its own",
-};
-
-static_assert(capabilityTexts.size() == static_cast<std::size_t>(Capability::ChangeEvents) + 1);
-
 bool concerns(const BackEnd& backEnd, const CheckGroup& group, const Check& check) {
   const auto has = [&](Capability capability) { return backEnd.capabilities.contains(capability); };
   return std::all_of(group.needs.begin(), group.needs.end(), has) &&
@@ -123,6 +102,12 @@ std::size_t countChecks(const BackEnd& backEnd, const CheckGroup& group) {
 }
 
 /// @param cell  gives what stands in the row for a back end
+std::string inWords(Capability capability) {
+  std::ostringstream words;
+  words << capability;
+  return words.str();
+}
+
 template <class Cell>
 void writeRow(std::ostream& out, const std::string& title, const std::vector<BackEnd>& backEnds, const Cell& cell) {
   out << "| " << title << " |";
@@ -152,10 +137,9 @@ void registerConformance(const BackEnd& backEnd) {
 void writeCapabilities(std::ostream& out, const std::vector<BackEnd>& backEnds) {
   writeRow(out, "", backEnds, [](const BackEnd& backEnd) { return backEnd.name; });
   writeRow(out, "---", backEnds, [](const BackEnd&) { return "---"; });
-  for (std::size_t number = 0; number < capabilityTexts.size(); ++number)
-    writeRow(out, capabilityTexts[number], backEnds, [&](const BackEnd& backEnd) {
-      return backEnd.capabilities.contains(static_cast<Capability>(number)) ? "yes" : "no";
-    });
+  for (const auto capability : provider::allCapabilities())
+    writeRow(out, inWords(capability), backEnds,
+             [&](const BackEnd& backEnd) { return backEnd.capabilities.contains(capability) ? "yes" : "no"; });
   for (const auto& group : allGroups())
     writeRow(out, std::string("checks: ") + group.name, backEnds,
              [&](const BackEnd& backEnd) { return countChecks(backEnd, group); });

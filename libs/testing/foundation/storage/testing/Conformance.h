@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/core/Export.h>
+#include <foundation/storage/provider/Capability.h>
 #include <foundation/storage/provider/StorageItem.h>
 
 #include <cstdint>
@@ -8,7 +9,6 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -25,25 +25,8 @@
 /// than the contract says, it lists as a deviation, with the reason.
 namespace foundation::storage::testing {
 
-/// What not every store can do. Reading, plain listings and existence are asked of all.
-enum class Capability : std::int32_t {
-  Write,              ///< creating, writing, moving and removing; a store without it is read-only
-  Append,             ///< streams that append
-  RandomAccess,       ///< streams that seek and read while they write
-  Wildcards,          ///< listings by pattern: * ? [a-z] [!a-z]
-  RecursiveListing,   ///< listings of whole trees
-  RecursiveRemoval,   ///< removing whole trees; the feature of the same name
-  AtomicCopy,         ///< copies that the store makes atomic itself; the feature of the same name
-  AtomicReplacement,  ///< whoever reads while a transaction commits sees the old content or the new one
-  ExclusiveCreation,  ///< of several creators, movers or removers at once exactly one succeeds
-  SetLastModified,    ///< to the microsecond
-  SetWritable,        ///< and refusing to write what is not writable
-  StorageInfo,        ///< capacity and occupied space
-  LimitedSpace,       ///< a store that fills up; needs `BackEnd::makeSmallFolder`
-  AnyName,            ///< every name without '/' and NUL, also one that is no Unicode
-  HugeFiles,          ///< beyond 4 GiB, with gaps that cost little
-  ChangeEvents,       ///< telling of changes by itself; a store without is looked at
-};
+using provider::Capabilities;
+using provider::Capability;
 
 /// What a folder holds: the content of files by path, with '/'; a path that ends in '/' is a folder.
 using Contents = std::map<std::u16string, std::string>;
@@ -56,7 +39,7 @@ struct BackEnd {
   std::string name;  ///< of letters and digits; begins the tests' names
   /// Makes an empty folder in a working store, apart from all others that exist.
   std::function<Place()> makeEmptyFolder;
-  std::set<Capability> capabilities;
+  Capabilities capabilities;
   /// The reason for each check that is not to be run, by its name as "Group.Check".
   std::map<std::string, std::string> deviations = {};
   /// Makes a folder that holds `contents`; for stores that the kit cannot write to.

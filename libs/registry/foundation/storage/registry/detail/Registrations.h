@@ -26,17 +26,21 @@ class Registrations {
   using Factories = std::map<std::u16string, Factory>;
 
   /// Throws `InvalidRegistrationException`.
-  void add(const std::u16string& name, Factory factory);
+  void add(const std::u16string& name, Factory factory, provider::Capabilities capabilities = {});
 
   /// @param name  in any case
   std::optional<Factory> find(const std::u16string& name) const;
+
+  /// @param name  one of those that `all` gives
+  provider::Capabilities capabilitiesOf(const std::u16string& name) const;
 
   /// All of them now, by their names in lower case.
   Factories all() const;
 
  private:
-  mutable std::mutex mutex_;  ///< guards the next; nothing of theirs is called with it
+  mutable std::mutex mutex_;  ///< guards the next two; nothing of theirs is called with it
   Factories factories_;
+  std::map<std::u16string, provider::Capabilities> capabilities_;  ///< by the same names
 };
 
 }  // namespace foundation::storage::registry::detail

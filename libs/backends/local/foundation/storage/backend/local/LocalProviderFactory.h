@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/core/Export.h>
+#include <foundation/storage/provider/Capability.h>
 #include <foundation/storage/provider/PhysicalProviderFactory.h>
 
 namespace foundation::storage::backend::local {
@@ -81,6 +82,9 @@ class FOUNDATION_EXPORT LocalProviderFactory : public provider::PhysicalProvider
   ~LocalProviderFactory() override;
   LocalProviderFactory(const LocalProviderFactory&) = default;
   LocalProviderFactory& operator=(const LocalProviderFactory&) = default;
+
+  /// What its providers can do.
+  static provider::Capabilities capabilities();
 
  private:
   std::shared_ptr<provider::IProvider> doBuildProvider(const provider::StorageIRI& location) const override;

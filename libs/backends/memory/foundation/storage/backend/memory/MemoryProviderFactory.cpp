@@ -8,6 +8,25 @@ namespace foundation::storage::backend::memory {
 MemoryProviderFactory::MemoryProviderFactory() = default;
 MemoryProviderFactory::~MemoryProviderFactory() = default;
 
+provider::Capabilities MemoryProviderFactory::capabilities() {
+  using enum provider::Capability;
+  return {Write,
+          Append,
+          RandomAccess,
+          Wildcards,
+          RecursiveListing,
+          RecursiveRemoval,
+          AtomicCopy,
+          AtomicReplacement,
+          ExclusiveCreation,
+          SetLastModified,
+          SetWritable,
+          StorageInfo,
+          LimitedSpace,
+          AnyName,
+          HugeFiles};
+}
+
 std::shared_ptr<provider::IProvider> MemoryProviderFactory::doBuildProvider(
     const provider::StorageIRI& location) const {
   return std::make_shared<detail::MemoryProvider>(detail::rootOf(location));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/core/Export.h>
+#include <foundation/storage/provider/Capability.h>
 #include <foundation/storage/provider/PhysicalProviderFactory.h>
 
 namespace foundation::storage::backend::memory {
@@ -36,6 +37,9 @@ class FOUNDATION_EXPORT MemoryProviderFactory : public provider::PhysicalProvide
   ~MemoryProviderFactory() override;
   MemoryProviderFactory(const MemoryProviderFactory&) = default;
   MemoryProviderFactory& operator=(const MemoryProviderFactory&) = default;
+
+  /// What its providers can do.
+  static provider::Capabilities capabilities();
 
  private:
   std::shared_ptr<provider::IProvider> doBuildProvider(const provider::StorageIRI& location) const override;
