@@ -26,14 +26,17 @@ using namespace provider;
 /// Tests in a folder of their own, as an item of the back end and as a path for looking at it from outside.
 class LocalTest : public testing::Test {
  protected:
-  LocalTest() { ::chmod(path.c_str(), 0755); }
+  explicit LocalTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
+      : path(makeFolder(parent)) {
+    ::chmod(path.c_str(), 0755);
+  }
   ~LocalTest() override {
     std::error_code ignored;
     std::filesystem::remove_all(path, ignored);
   }
 
-  static std::string makeFolder() {
-    auto name = (std::filesystem::temp_directory_path() / "foundation-local-XXXXXX").string();
+  static std::string makeFolder(const std::filesystem::path& parent) {
+    auto name = (parent / "foundation-local-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr)
       throw std::runtime_error("no temporary folder");
     return name;
@@ -51,7 +54,7 @@ class LocalTest : public testing::Test {
     return bytes.str();
   }
 
-  const std::string path = makeFolder();
+  const std::string path;
   const StorageIRI location = toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(path)));
   const StorageItem folder{LocalProviderFactory().buildProvider(location), location};
 };

@@ -221,7 +221,7 @@ TEST_F(TransactionTest, KeepsTheGroupOrGivesItNoMoreThanOthersHave) {
 TEST_F(TransactionTest, RefusesLinksWhoseTextLeadsElsewhere) {
   fs::create_symlink("nowhere/", native("link"));
   EXPECT_EQ(codeThrownAt(child(u"link"), [&] { child(u"link").openTransactionalStream({}); }),
-            ErrorCode::ResourceNotFound);
+            ErrorCode::InvalidLocation);
   put("gone", "x");
   const int held = open(native("gone").c_str(), O_RDONLY);
   ASSERT_NE(held, -1);

@@ -103,11 +103,12 @@ void requireWhole(const FileSystem& files, const provider::StorageIRI& location)
 std::shared_ptr<const FileSystem> fileSystemFor(const std::optional<std::string>& root, bool followsLinks) {
   if (!root && followsLinks)
     return wholeFileSystem();
-  if (root && !root->starts_with('/'))
-    throw support::InvalidOptionException("root", "\"" + *root + "\" is no absolute path");
-  auto confined = confinedFileSystem(root.value_or("/"), followsLinks);
+  const auto path = root.value_or("/");
+  if (!path.starts_with('/') || path.find('\0') != std::string::npos)
+    throw support::InvalidOptionException("root", "\"" + path + "\" is no absolute path");
+  auto confined = confinedFileSystem(path, followsLinks);
   if (!confined)
-    throw support::InvalidOptionException("root", "\"" + *root + "\" cannot be opened: " + systemMessage(errno));
+    throw support::InvalidOptionException("root", "\"" + path + "\" cannot be opened: " + systemMessage(errno));
   return confined;
 }
 

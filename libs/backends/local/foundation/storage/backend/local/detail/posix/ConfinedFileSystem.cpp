@@ -123,8 +123,13 @@ class ConfinedFileSystem final : public FileSystem {
     const bool followsLast = (flags & O_NOFOLLOW) == 0 && !isExclusive;
     for (int i = 0; i < maximumTries; ++i) {
       Walk walk(root_.get(), {.isConfined = true, .followsLinks = followsLinks_});
-      if (!walk.go(path, followsLast))
+      if (!walk.go(path, followsLast)) {
+        if (walk.lacksFolderAtEnd() && errno == ENOENT && (flags & O_CREAT) != 0)
+          errno = EISDIR;  // as open(2) says it
         return {};
+      }
+      if ((flags & O_PATH) != 0)
+        return lookedAt(walk, flags);
       // The walk has left no link at the end, unless one is asked for, or has come there since.
       Descriptor opened(sys().openat(walk.folder(), walk.name().c_str(), flags | O_NOFOLLOW, mode));
       if (opened.isOpen() || errno != ELOOP || !followsLast)
@@ -134,11 +139,31 @@ class ConfinedFileSystem final : public FileSystem {
     return {};
   }
 
+  /// What the walk has opened already is what it made sure of.
+  static Descriptor lookedAt(Walk& walk, int flags) {
+    auto entry = walk.takeEntry();
+    struct stat status;
+    if (!entry.isOpen())
+      errno = ENOENT;
+    else if (sys().fstat(entry.get(), &status) == -1)
+      return {};
+    else if ((flags & O_DIRECTORY) == 0 || S_ISDIR(status.st_mode))
+      return entry;
+    else
+      errno = ENOTDIR;
+    return {};
+  }
+
   std::optional<std::string> walked(const std::string& path, bool mustExist) const {
     const auto rest = within(path);
     Walk walk(root_.get(), {.isConfined = true, .followsLinks = followsLinks_});
-    if (!rest || !walk.go(*rest, followsLinks_))
+    if (!rest)
       return std::nullopt;
+    if (!walk.go(*rest, followsLinks_)) {
+      if (!mustExist && walk.lacksFolderAtEnd() && errno == ENOENT)
+        errno = EISDIR;  // no file can be made there
+      return std::nullopt;
+    }
     if (mustExist && !walk.entry().isOpen()) {
       errno = ENOENT;
       return std::nullopt;

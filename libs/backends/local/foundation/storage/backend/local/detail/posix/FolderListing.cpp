@@ -19,23 +19,27 @@ using provider::FolderEntry;
 
 namespace {
 
-FolderReader openReader(const FileSystem& files, const provider::StorageIRI& location, const std::string& path,
-                        Links links) {
-  auto folder = files.open(path, O_RDONLY | O_DIRECTORY | (links == Links::Keep ? O_NOFOLLOW : 0));
+Descriptor openFolder(const FileSystem& files, const provider::StorageIRI& location) {
+  auto folder = files.open(nativePath(location), O_RDONLY | O_DIRECTORY);
   if (!folder.isOpen())
     throw systemFailure(errno, "open", location);
-  return {std::move(folder), location};
+  return folder;
 }
 
 }  // namespace
 
 FolderListing::FolderListing(Configuration configuration, const provider::StorageIRI& location, EntryFilter filter,
-                             EntryDetail detail, Links links)
+                             EntryDetail detail)
+    : FolderListing(configuration, location, openFolder(*configuration.files, location), filter, detail) {}
+
+FolderListing::FolderListing(Configuration configuration, const provider::StorageIRI& location, Descriptor folder,
+                             EntryFilter filter, EntryDetail detail, std::u16string prefix)
     : configuration_(std::move(configuration)),
       filter_(filter),
       detail_(detail),
       folderPath_(nativePath(location)),
-      reader_(openReader(*configuration_.files, location, folderPath_, links)) {
+      prefix_(std::move(prefix)),
+      reader_(std::move(folder), location) {
   if (folderPath_.back() != '/')
     folderPath_.push_back('/');
 }
@@ -55,7 +59,14 @@ bool FolderListing::hasNext() const {
 void FolderListing::next() {
   hasNext();
   current_ = std::exchange(next_, std::nullopt);
-  isCurrentLink_ = isNextLink_;
+}
+
+std::optional<FolderListing::Taken> FolderListing::take() {
+  if (!hasNext())
+    return std::nullopt;
+  Taken taken{*std::move(next_), isNextLink_};
+  next_.reset();
+  return taken;
 }
 
 void FolderListing::reset() {
@@ -98,27 +109,33 @@ int FolderListing::statusBehind(const char* link, struct stat& status) const {
   return configuration_.files->status(folderPath_ + link, Links::Follow, status);
 }
 
+std::u16string FolderListing::nameOf(const RawEntry& entry) const {
+  std::u16string name = prefix_;
+  fl::i18n::append_ustring(name, entry.name);
+  return name;
+}
+
 std::optional<FolderEntry> FolderListing::makeEntry(const RawEntry& entry) const {
   isNextLink_ = false;
   const bool typeIsKnown = entry.type != DT_UNKNOWN && entry.type != DT_LNK;
   if (typeIsKnown && !passes(entry.type == DT_DIR))
     return std::nullopt;
   if (typeIsKnown && detail_ == EntryDetail::NamesOnly)
-    return FolderEntry(fl::i18n::to_ustring(entry.name), entry.type == DT_DIR ? EntryType::Folder : EntryType::File);
+    return FolderEntry(nameOf(entry), entry.type == DT_DIR ? EntryType::Folder : EntryType::File);
   const auto examined = examine(entry);
   isNextLink_ = examined.isLink;
   const bool isFolder = examined.status ? S_ISDIR(examined.status->st_mode) : entry.type == DT_DIR;
   if (!examined.exists || !passes(isFolder))
     return std::nullopt;
   if (detail_ == EntryDetail::NamesOnly || !examined.status)
-    return FolderEntry(fl::i18n::to_ustring(entry.name), isFolder ? EntryType::Folder : EntryType::File);
+    return FolderEntry(nameOf(entry), isFolder ? EntryType::Folder : EntryType::File);
   return withAttributes(entry, examined, isFolder);
 }
 
 FolderEntry FolderListing::withAttributes(const RawEntry& entry, const Examined& examined, bool isFolder) const {
   const auto describe = [&](auto attributes) {
     attributes.withHiddenAttribute(isHiddenName(entry.name)).withSymlinkStatusAttribute(examined.isLink);
-    return FolderEntry(fl::i18n::to_ustring(entry.name), std::move(attributes));
+    return FolderEntry(nameOf(entry), std::move(attributes));
   };
   return isFolder ? describe(folderAttributes(*examined.status, {configuration_.files, folderPath_ + entry.name}))
                   : describe(fileAttributes(*examined.status, {configuration_.files, folderPath_ + entry.name}));

@@ -22,17 +22,27 @@ enum class EntryDetail { NamesOnly, Attributes };
 class FolderListing final : public provider::IFolderEntryIterator {
  public:
   /// Throws `Exception` where `location` is no folder that can be listed.
-  /// @param links  whether a link at `location` may lead to the folder
   FolderListing(Configuration configuration, const provider::StorageIRI& location, EntryFilter filter,
-                EntryDetail detail, Links links = Links::Follow);
+                EntryDetail detail);
+
+  /// Of an open folder.
+  /// @param prefix  what the entries' names begin with
+  FolderListing(Configuration configuration, const provider::StorageIRI& location, Descriptor folder,
+                EntryFilter filter, EntryDetail detail, std::u16string prefix = {});
 
   provider::FolderEntry current() const override;
   bool hasNext() const override;
   void next() override;
   void reset() override;
 
-  /// Whether the current entry is a link, whatever it leads to.
-  bool isCurrentLink() const noexcept { return isCurrentLink_; }
+  /// An entry, and whether it is a link, whatever that leads to.
+  struct Taken {
+    provider::FolderEntry entry;
+    bool isLink;
+  };
+
+  /// Instead of `next` and `current`: the next entry, if there is one, without copying it.
+  std::optional<Taken> take();
 
  private:
   using EntryType = provider::FolderEntry::EntryType;
@@ -47,6 +57,7 @@ class FolderListing final : public provider::IFolderEntryIterator {
   void readNext() const;
   Examined examine(const RawEntry& entry) const;
   int statusBehind(const char* link, struct stat& status) const;
+  std::u16string nameOf(const RawEntry& entry) const;
   std::optional<provider::FolderEntry> makeEntry(const RawEntry& entry) const;
   provider::FolderEntry withAttributes(const RawEntry& entry, const Examined& examined, bool isFolder) const;
   bool passes(bool isFolder) const;
@@ -57,13 +68,13 @@ class FolderListing final : public provider::IFolderEntryIterator {
   EntryFilter filter_;
   EntryDetail detail_;
   std::string folderPath_;  ///< ends in '/'
+  std::u16string prefix_;
   // Looking ahead is part of the const question whether there is more.
   mutable FolderReader reader_;
   mutable std::optional<provider::FolderEntry> next_;
   mutable bool isNextLink_ = false;
   mutable bool atEnd_ = false;
   std::optional<provider::FolderEntry> current_;
-  bool isCurrentLink_ = false;
 };
 
 }  // namespace foundation::storage::backend::local::detail

@@ -142,12 +142,20 @@ class FolderRemoval {
   std::vector<Level> levels_;
 };
 
+/// A folder that could not be removed in the end (rmdir(2): "." or ".." as the last name) is not to be emptied either.
+void requireOwnName(const Place& place, const StorageIRI& location) {
+  const auto name = place.name.substr(place.name.rfind('/') + 1);
+  if (name == "." || name == "..")
+    throw systemFailure(EINVAL, "rmdir", location);
+}
+
 }  // namespace
 
 void removeFolderTree(const FileSystem& files, const StorageIRI& location, const std::string& path) {
   const auto place = files.place(path);
   if (!place)
     throw systemFailure(errno, "open", location);
+  requireOwnName(*place, location);
   Descriptor folder(sys().openat(place->folder, place->name.c_str(), asFolder, 0));
   if (!folder.isOpen())
     throw systemFailure(errno, "open", location);

@@ -1,33 +1,28 @@
 #include <foundation/storage/backend/local/detail/posix/RecursiveListing.h>
 
-#include <foundation/storage/provider/Exception.h>
+#include <fl/i18n/Convert.h>
+#include <foundation/storage/backend/local/detail/NativePath.h>
+#include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+#include <foundation/storage/backend/local/detail/posix/Walk.h>
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <linux/openat2.h>
 
 #include <stdexcept>
 #include <utility>
 
 namespace foundation::storage::backend::local::detail {
 
-using provider::ErrorCode;
 using provider::FolderEntry;
-
-namespace {
-
-FolderEntry renamed(const FolderEntry& entry, std::u16string path) {
-  if (const auto& attributes = entry.getFileAttributes())
-    return {std::move(path), *attributes};
-  if (const auto& attributes = entry.getFolderAttributes())
-    return {std::move(path), *attributes};
-  return {std::move(path), entry.isFile() ? FolderEntry::EntryType::File : FolderEntry::EntryType::Folder};
-}
-
-}  // namespace
 
 RecursiveListing::RecursiveListing(Configuration configuration, const provider::StorageIRI& location,
                                    EntryDetail detail)
-    : configuration_(std::move(configuration)),
-      location_(location),
-      detail_(detail),
-      folder_(std::in_place, configuration_, location, EntryFilter::All, detail) {}
+    : configuration_(std::move(configuration)), location_(location), detail_(detail) {
+  begin();
+}
 
 FolderEntry RecursiveListing::current() const {
   if (!current_)
@@ -47,44 +42,64 @@ void RecursiveListing::next() {
 }
 
 void RecursiveListing::reset() {
-  folder_.emplace(configuration_, location_, EntryFilter::All, detail_);
-  prefix_.clear();
   folders_.clear();
   next_.reset();
   current_.reset();
+  begin();
+}
+
+void RecursiveListing::begin() const {
+  top_ = configuration_.files->open(nativePath(location_), O_RDONLY | O_DIRECTORY);
+  auto folder = top_.isOpen() ? openWithin(".") : Descriptor();
+  if (!folder.isOpen())
+    throw systemFailure(errno, "open", location_);
+  folder_.emplace(configuration_, location_, std::move(folder), EntryFilter::All, detail_);
 }
 
 void RecursiveListing::readNext() const {
-  while (folder_ && !folder_->hasNext())
+  while (folder_) {
+    if (auto taken = folder_->take()) {
+      if (!taken->entry.isFile() && !taken->isLink)
+        folders_.push_back(taken->entry.getName());
+      next_ = std::move(taken->entry);
+      return;
+    }
     if (!openNextFolder())
       return;
-  if (!folder_)
-    return;
-  folder_->next();
-  const auto entry = folder_->current();
-  auto path = prefix_ + entry.getName();
-  if (!entry.isFile() && !folder_->isCurrentLink())
-    folders_.push_back(path);
-  next_ = renamed(entry, std::move(path));
+  }
 }
 
 /// @return false where there is none left
 bool RecursiveListing::openNextFolder() const {
   while (!folders_.empty()) {
-    const auto path = std::move(folders_.back());
+    auto path = std::move(folders_.back());
     folders_.pop_back();
-    try {
-      // What has become a link, or a file, since it was listed is no subfolder any more.
-      folder_.emplace(configuration_, provider::StorageIRI(location_, path), EntryFilter::All, detail_, Links::Keep);
-      prefix_ = path + u"/";
+    if (auto folder = openWithin(fl::i18n::to_string(path)); folder.isOpen()) {
+      const provider::StorageIRI location(location_, path);
+      folder_.emplace(configuration_, location, std::move(folder), EntryFilter::All, detail_, path + u"/");
       return true;
-    } catch (const provider::Exception& failure) {
-      if (failure.getErrorCode() != ErrorCode::ResourceNotFound && failure.getErrorCode() != ErrorCode::InvalidLocation)
-        throw;
     }
+    // What is a link or a file by now, or on the way to which there is one, is no subfolder any more.
+    if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP)
+      throw systemFailure(errno, "open", provider::StorageIRI(location_, path));
   }
   folder_.reset();
+  top_ = Descriptor();
   return false;
+}
+
+/// Through no link, whatever has come to the place of a folder above since it was listed.
+Descriptor RecursiveListing::openWithin(const std::string& path) const {
+  constexpr int asFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  if (path.size() < PATH_MAX) {
+    Descriptor opened(sys().openBeneath(top_.get(), path.c_str(), asFolder, 0, RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS));
+    const bool isUncertain = errno == ENOSYS || errno == EPERM || errno == EAGAIN;
+    if (opened.isOpen() || !isUncertain)
+      return opened;
+  }
+  Walk walk(top_.get(), {.isConfined = true, .followsLinks = false});
+  return walk.go(path, false) ? Descriptor(sys().openat(walk.folder(), walk.name().c_str(), asFolder, 0))
+                              : Descriptor();
 }
 
 }  // namespace foundation::storage::backend::local::detail

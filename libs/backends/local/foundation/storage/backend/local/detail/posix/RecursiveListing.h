@@ -11,7 +11,7 @@
 namespace foundation::storage::backend::local::detail {
 
 /// A listing of a whole tree, read as the walk goes on: each folder's entries, and then those of its subfolders.
-/// So there is one folder open at a time, however deep the tree is.
+/// So there are two folders open, this one and the top, however deep the tree is.
 ///
 /// Links are listed as what they lead to, but not descended into. A subfolder that vanishes before it is reached is
 /// left out. One that cannot be read is an `Exception` with its location; the walk can go on after that, without it.
@@ -26,15 +26,17 @@ class RecursiveListing final : public provider::IFolderEntryIterator {
   void reset() override;
 
  private:
+  void begin() const;
   void readNext() const;
   bool openNextFolder() const;
+  Descriptor openWithin(const std::string& path) const;
 
   Configuration configuration_;
   provider::StorageIRI location_;
   EntryDetail detail_;
   // Looking ahead is part of the const question whether there is more.
+  mutable Descriptor top_;
   mutable std::optional<FolderListing> folder_;  ///< being listed
-  mutable std::u16string prefix_;                ///< its path relative to the whole tree, with '/'
   mutable std::vector<std::u16string> folders_;  ///< still to be listed, the next one last
   mutable std::optional<provider::FolderEntry> next_;
   std::optional<provider::FolderEntry> current_;

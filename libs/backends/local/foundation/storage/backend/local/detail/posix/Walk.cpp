@@ -89,6 +89,8 @@ bool Walk::step(bool followsLast) {
   entry_ = openAt(folder(), name, lookOnly);
   if (!entry_.isOpen()) {
     name_ = name;
+    const auto isDot = [](const std::string& later) { return later == "."; };
+    lacksFolderAtEnd_ = !isLast && std::all_of(pending_.begin(), pending_.end(), isDot);
     return isLast && errno == ENOENT;
   }
   struct stat status;

@@ -34,6 +34,9 @@ class Walk {
   /// What is there, opened with O_PATH; not open where nothing is.
   const Descriptor& entry() const noexcept { return entry_; }
   Descriptor takeEntry() noexcept { return std::move(entry_); }
+  /// After a walk that failed with ENOENT: whether that is since its end asks for a folder, with '/' or ".", where
+  /// there is nothing.
+  bool lacksFolderAtEnd() const noexcept { return lacksFolderAtEnd_; }
   /// The path of the entry, relative to the root, without links and dots; empty for the root itself.
   std::string path() const;
 
@@ -55,6 +58,7 @@ class Walk {
   std::string name_;
   Descriptor entry_;
   int links_ = 0;
+  bool lacksFolderAtEnd_ = false;
 };
 
 }  // namespace foundation::storage::backend::local::detail

@@ -23,6 +23,7 @@ class LongPath {
   }
 
   Walk* found() { return isFound_ ? &walk_ : nullptr; }
+  bool lacksFolderAtEnd() const { return walk_.lacksFolderAtEnd(); }
 
  private:
   Descriptor root_;
@@ -87,7 +88,11 @@ class WholeFileSystem final : public FileSystem {
 
   std::optional<std::string> target(const std::string& path) const override {
     LongPath way(path, Links::Follow);
-    return way.found() ? std::optional("/" + way.found()->path()) : std::nullopt;
+    if (way.found())
+      return "/" + way.found()->path();
+    if (way.lacksFolderAtEnd() && errno == ENOENT)
+      errno = EISDIR;  // no file can be made there
+    return std::nullopt;
   }
 
   bool isWhole() const noexcept override { return true; }
