@@ -29,8 +29,9 @@ same() { # same EXPECTED FOUND WHAT
   [[ $1 == "$2" ]] || complain "$(printf '%s: expected %q, found %q' "$3" "$1" "$2")"
 }
 through=() # a command that starts fstore
+configured=() # what stands before the operation
 run() {    # run ARGUMENT...: runs fstore; leaves its exit code and what it printed
-  "${limit[@]}" "${through[@]}" "$fstore" "$@" >"$work/out" 2>"$work/err"
+  "${limit[@]}" "${through[@]}" "$fstore" "${configured[@]}" "$@" >"$work/out" 2>"$work/err"
   code=$?
   out=$(tr '\0' '?' <"$work/out")
   err=$(<"$work/err")
@@ -985,6 +986,61 @@ for options in '' '--poll 5'; do
   same "1 fstore watch: $here/folder/%61bc: ResourceNotFound: The watched folder is gone" "$? $(<"$work/err")" \
     "the end of watch $options of a file"
 done
+
+# --- stores and their options -----------------------------------------------------------------------
+
+fresh
+mkdir inner
+echo inner >inner/file
+echo outer >file
+ln -s ../file inner/out
+printf 'file {\n  root "%s/inner" ; nothing else\n}\n' "$PWD" >stores.info
+printf '{"file": {"root": "%s/inner"}}' "$PWD" >stores.json
+for words in "-c stores.info" "--config stores.json" "--config=stores.info"; do
+  read -ra configured <<<"$words"
+  prints inner cat inner/file
+  out_of_root="PermissionDenied: The path leads out of the folder that this provider is confined to"
+  fails "$here/file: $out_of_root" cat file
+  fails "$here/inner/out: $out_of_root" cat inner/out
+done
+while IFS='|' read -r name text problem; do
+  printf '%b' "$text" >"$name"
+  configured=(-c "$name")
+  run ls inner
+  ((checks++))
+  [[ $code == 2 && $err == "fstore ls: "*"$problem"* && $err != *$'\n'* && -z $out ]] ||
+    complain "options '$text' in $name: expected exit code 2 and <$problem>, found $code and <$err>"
+done <<'TABLE'
+broken.info|file {\n|broken.info
+broken.json|{"file": \n 1|broken.json
+options.ini||options.ini
+unknown.info|nfs { }|nfs
+colour.info|file { colour red }|colour
+flag.info|file { durable maybe }|durable
+root.info|file { root inner }|root
+TABLE
+configured=(-c missing.info)
+run ls inner
+same 2 "$code" "the exit code for a missing file of options"
+configured=()
+misused -c
+misused -c stores.info
+
+prints inner cat "readonly+$here/inner/file"
+fails "readonly+$here/inner/file: ReadOnlyProvider: *" rm "readonly+$here/inner/file"
+fails "readonly+$here/inner/new: ReadOnlyProvider: *" put "readonly+$here/inner/new" <file
+ok cp "readonly+$here/inner/file" copy
+holds copy inner
+fails 'other+file:///: UnsupportedOperation: *' ls other+file:///
+prints '' ls memory:///
+ok backends
+[[ $out == *"recursive removal "*" yes "* ]] || complain "backends prints <$out>"
+ok backends --json
+if command -v python3 >/dev/null; then
+  same "file memory readonly" \
+    "$(python3 -c 'import json, sys; print(*(entry["name"] for entry in json.load(sys.stdin)))' <"$work/out")" \
+    "the names in backends --json"
+fi
 
 # --- deep trees -------------------------------------------------------------------------------------
 

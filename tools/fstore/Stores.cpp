@@ -2,6 +2,7 @@
 
 #include <fl/i18n/Convert.h>
 #include <foundation/network/IRISyntaxException.h>
+#include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/LocalPath.h>
 #include <foundation/storage/registry/ConfigurationFileException.h>
 #include <foundation/storage/registry/DefaultRegistry.h>
@@ -66,16 +67,15 @@ StorageIRI locate(const std::string& argument) {
   return provider::toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(absolutePath(argument))));
 }
 
-/// Options are checked at the latest when a store is first used.
-template <class Work>
-auto explained(const Work& work) {
-  try {
-    return work();
-  } catch (const foundation::storage::registry::ConfigurationFileException& failure) {
-    throw ArgumentFailure(failure.what());
-  } catch (const std::invalid_argument& failure) {
-    throw ArgumentFailure(failure.what());
-  }
+/// Options are checked when a store is first used; here before anything is done.
+void checkOptions(const foundation::storage::registry::ProviderRegistry& registry) {
+  for (const auto& registration : registry.registrations())
+    try {
+      if (registration.role == foundation::storage::registry::Role::Physical)
+        registry.item(registration.name + u":///");
+    } catch (const provider::Exception&) {
+      // That there is no such place says nothing about options.
+    }
 }
 
 }  // namespace
@@ -87,13 +87,18 @@ bool isLocationText(std::string_view argument) {
 
 Stores::Stores(const std::optional<std::string>& configuration)
     : registry_(foundation::storage::registry::makeDefaultRegistry()) {
-  if (configuration)
-    explained([&] { registry_.configureFromFile(*configuration); });
+  if (!configuration)
+    return;
+  try {
+    registry_.configureFromFile(*configuration);
+    checkOptions(registry_);
+  } catch (const foundation::storage::registry::ConfigurationFileException& failure) {
+    throw ArgumentFailure(failure.what());
+  } catch (const std::invalid_argument& failure) {
+    throw ArgumentFailure(failure.what());
+  }
 }
 
-provider::StorageItem Stores::open(const std::string& argument) const {
-  const auto location = locate(argument);
-  return explained([&] { return registry_.item(location); });
-}
+provider::StorageItem Stores::open(const std::string& argument) const { return registry_.item(locate(argument)); }
 
 }  // namespace fstore

@@ -32,8 +32,8 @@ class Stores {
   /// current folder and otherwise kept: its "..", too, since what lies above a link is for the system to
   /// say. (A path that looks like a location is written "./a:b".)
   ///
-  /// Throws `ArgumentFailure` where it is neither, or the store refuses its options, `Exception` with
-  /// `UnsupportedOperation` where no store serves the scheme, and what the store itself refuses.
+  /// Throws `ArgumentFailure` where it is neither, `Exception` with `UnsupportedOperation` where no store serves the
+  /// scheme, and what the store itself refuses.
   foundation::storage::provider::StorageItem open(const std::string& argument) const;
 
   /// The names that can stand in a scheme, and what stands behind them.

@@ -3,6 +3,9 @@
 #include <fl/i18n/Surrogates.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 namespace fl::i18n {
 namespace {
@@ -57,17 +60,42 @@ void appendUtf8(std::string& out, char32_t codePoint) {
   }
 }
 
+/// How many units of `text` from `at` on are ASCII, which nearly all are in nearly all names.
+template <class Unit>
+std::size_t countAscii(std::basic_string_view<Unit> text, std::size_t at) {
+  constexpr std::size_t step = sizeof(std::uint64_t) / sizeof(Unit);
+  constexpr std::uint64_t beyondAscii = sizeof(Unit) == 1 ? 0x8080808080808080 : 0xFF80FF80FF80FF80;
+  const auto begin = at;
+  for (std::uint64_t units = 0; at + step <= text.size(); at += step) {
+    std::memcpy(&units, text.data() + at, sizeof units);
+    if ((units & beyondAscii) != 0)
+      break;
+  }
+  while (at < text.size() && static_cast<std::make_unsigned_t<Unit>>(text[at]) < 0x80)
+    ++at;
+  return at - begin;
+}
+
+/// Appends ASCII as it is, in units of the other size.
+template <class To, class From>
+void appendAscii(std::basic_string<To>& out, std::basic_string_view<From> text) {
+  const auto size = out.size();
+  out.resize(size + text.size());
+  for (std::size_t i = 0; i < text.size(); ++i)
+    out[size + i] = static_cast<To>(text[i]);
+}
+
 }  // namespace
 
 void append_ustring(std::u16string& out, std::string_view bytes) {
   out.reserve(out.size() + bytes.size());
   for (std::size_t at = 0; at < bytes.size();) {
-    const unsigned lead = byteAt(bytes, at);
-    if (lead < 0x80) {
-      out.push_back(static_cast<char16_t>(lead));
-      ++at;
+    if (const auto count = countAscii(bytes, at); count > 0) {
+      appendAscii(out, bytes.substr(at, count));
+      at += count;
       continue;
     }
+    const unsigned lead = byteAt(bytes, at);
     const auto [codePoint, length] = decodeSequence(bytes, at);
     appendCodePoint(out, codePoint == invalid ? escapedByte(lead) : codePoint);
     at += length;
@@ -78,9 +106,9 @@ void append_string(std::string& out, std::u16string_view text) {
   out.reserve(out.size() + text.size());
   for (std::size_t at = 0; at < text.size();) {
     const char16_t unit = text[at];
-    if (unit < 0x80) {
-      out.push_back(static_cast<char>(unit));
-      ++at;
+    if (const auto count = countAscii(text, at); count > 0) {
+      appendAscii(out, text.substr(at, count));
+      at += count;
     } else if (isPairAt(text, at)) {
       appendUtf8(out, pairAt(text, at));
       at += 2;

@@ -21,7 +21,10 @@ bool isFileScheme(std::u16string_view scheme) {
 
 /// Whether a text is of the form that nearly all have: no authority, no query, no fragment.
 bool isPlain(std::u16string_view text) {
-  return text.starts_with(u"file:///") && text.find_first_of(u"?#") == std::u16string_view::npos;
+  bool hasMore = false;
+  for (const char16_t unit : text)  // without a branch, which is quicker than to stop
+    hasMore |= unit == u'?' || unit == u'#';
+  return text.starts_with(u"file:///") && !hasMore;
 }
 
 void requireNoMoreThanAPath(const StorageIRI& location) {
