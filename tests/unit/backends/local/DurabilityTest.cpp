@@ -119,7 +119,9 @@ TEST_F(DurabilityTest, SaysWhenTheRenameMayNotLast) {
   makeDurable();
   const ReplacedCalls recording(recordingCalls());
   failingStep = "sync folder";
-  EXPECT_EQ(codeThrownAt(child(u"file"), [&] { writeNew()->close(StreamClosePolicy::Commit); }), ErrorCode::IOError);
+  const auto transaction = writeNew();
+  for (int i = 0; i < 2; ++i)
+    EXPECT_EQ(codeThrownAt(child(u"file"), [&] { transaction->close(StreamClosePolicy::Commit); }), ErrorCode::IOError);
   EXPECT_EQ(content("file"), "new");
   EXPECT_EQ(countEntries(), 1U);
 }
@@ -140,6 +142,36 @@ TEST_F(DurabilityTest, KeepsModeOwnerAndAttributes) {
   const auto attributes = child(u"file").getExtendedAttributes();
   EXPECT_EQ(attributes.getAttribute<std::string>("user.a"), std::string("\0b", 2));
   EXPECT_EQ(attributes.getAttribute<std::string>("user.empty"), "");
+}
+
+TEST_F(DurabilityTest, CommitsAlsoWhatIsNotThereAnyMore) {
+  setxattr(native("file").c_str(), "user.a", "b", 1, 0);
+  const auto transaction = writeNew();
+  fs::remove(native("file"));
+  transaction->close(StreamClosePolicy::Commit);
+  EXPECT_EQ(content("file"), "new");
+}
+
+/// What a folder gives its new files is not what the replaced file lets in.
+TEST_F(DurabilityTest, LetsNobodyInThatTheReplacedFileKeepsOut) {
+  constexpr char list[] =
+      "\2\0\0\0"
+      "\1\0\6\0\377\377\377\377"
+      "\2\0\6\0\71\60\0\0"  // user 12345: rw
+      "\4\0\0\0\377\377\377\377"
+      "\20\0\6\0\377\377\377\377"
+      "\40\0\0\0\377\377\377\377";
+  if (setxattr(path.c_str(), "system.posix_acl_default", list, sizeof list - 1, 0) != 0)
+    GTEST_SKIP() << "this file system has no access control lists";
+  ASSERT_EQ(chmod(native("file").c_str(), 0640), 0);
+  const auto hasList = [](const std::string& file) {
+    return getxattr(file.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
+  };
+  const auto transaction = writeNew();
+  for (const auto& entry : fs::directory_iterator(path))
+    EXPECT_FALSE(hasList(entry.path()));
+  transaction->close(StreamClosePolicy::Commit);
+  EXPECT_FALSE(hasList(native("file")));
 }
 
 /// acl(5), in the form of the attribute: version 2, then tag, permissions and id of each entry.

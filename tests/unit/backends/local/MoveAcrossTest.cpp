@@ -17,14 +17,16 @@ namespace fs = std::filesystem;
 
 class MoveAcrossTest : public LocalTest {
  protected:
-  MoveAcrossTest() {
-    fs::create_directory(other);
+  void SetUp() override {
+    if (other.empty())
+      GTEST_SKIP() << "there is only one file system here";
     fs::create_directories(native("tree/sub/empty"));
     put("tree/file", "content");
     put("tree/sub/sparse", "x");
     fs::resize_file(native("tree/sub/sparse"), 64 << 20);
     fs::create_symlink("no/where", native("tree/link"));
-    EXPECT_EQ(mkfifo(native("tree/pipe").c_str(), 0640), 0);
+    EXPECT_EQ(mkfifo(native("tree/pipe").c_str(), 0600), 0);
+    EXPECT_EQ(chmod(native("tree/pipe").c_str(), 0666), 0);
     EXPECT_EQ(chmod(native("tree/sub").c_str(), 0750), 0);
     EXPECT_EQ(chmod(native("tree/file").c_str(), 0604), 0);
     setxattr(native("tree/file").c_str(), "user.a", "b", 1, 0);
@@ -32,11 +34,9 @@ class MoveAcrossTest : public LocalTest {
     for (const auto* name : {"tree/file", "tree/link", "tree/sub", "tree"})
       EXPECT_EQ(utimensat(AT_FDCWD, native(name).c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
   }
-  ~MoveAcrossTest() override { fs::remove_all(other); }
-
-  void SetUp() override {
-    if (statusOf(path).st_dev == statusOf(other).st_dev)
-      GTEST_SKIP() << "there is only one file system here";
+  ~MoveAcrossTest() override {
+    if (!other.empty())
+      fs::remove_all(other);
   }
 
   static struct stat statusOf(const std::string& file) {
@@ -57,7 +57,7 @@ class MoveAcrossTest : public LocalTest {
     return found;
   }
 
-  const std::string other = "/dev/shm/" + fs::path(path).filename().string();
+  const std::string other = makeFolderElsewhere(path);
 };
 
 TEST_F(MoveAcrossTest, TakesTheWholeTreeAlongAsItIs) {
@@ -71,10 +71,13 @@ TEST_F(MoveAcrossTest, TakesTheWholeTreeAlongAsItIs) {
   EXPECT_EQ(file.st_mtim.tv_sec, 3);
   EXPECT_EQ(file.st_mtim.tv_nsec, 4);
   EXPECT_EQ(fs::file_size(other + "/moved/file"), 7U);
+  char value = '?';
+  const bool hasAttributes = setxattr(other.c_str(), "user.test", "", 0, 0) == 0;
+  EXPECT_EQ(getxattr((other + "/moved/file").c_str(), "user.a", &value, 1), hasAttributes ? 1 : -1);
   EXPECT_EQ(statusOf(other + "/moved/sub").st_mode, S_IFDIR | 0750U);
   EXPECT_EQ(statusOf(other + "/moved/sub").st_mtim.tv_sec, 3);
   EXPECT_EQ(statusOf(other + "/moved").st_mtim.tv_sec, 3);
-  EXPECT_EQ(statusOf(other + "/moved/pipe").st_mode, S_IFIFO | 0640U);
+  EXPECT_EQ(statusOf(other + "/moved/pipe").st_mode, S_IFIFO | 0666U);
   EXPECT_EQ(fs::read_symlink(other + "/moved/link"), "no/where");
   EXPECT_TRUE(fs::is_empty(other + "/moved/sub/empty"));
   const auto sparse = statusOf(other + "/moved/sub/sparse");
@@ -112,6 +115,61 @@ TEST_F(MoveAcrossTest, LeavesEverythingWhereItWasWhenTheOtherIsFull) {
   }
   EXPECT_EQ(content("tree/file"), "content");
   EXPECT_TRUE(namesThere().empty());
+}
+
+detail::SystemCalls withRename(decltype(detail::SystemCalls::renameat) rename) {
+  auto calls = detail::realSystemCalls;
+  calls.renameat = rename;
+  return calls;
+}
+
+/// Two mounts of one file system are two to rename(2).
+const auto throughTwoMounts =
+    withRename([](int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+      if (std::string_view(from).find(".tmp.bak") != std::string_view::npos)
+        return detail::realSystemCalls.renameat(fromFolder, from, toFolder, to, flags);
+      errno = EXDEV;
+      return -1;
+    });
+
+TEST_F(MoveAcrossTest, DestroysNothingWhereBothMountsAreOfOneFileSystem) {
+  put("file", "content");
+  put("two", "content");
+  fs::create_hard_link(native("two"), native("names"));
+  fs::create_directory_symlink(path, native("way"));
+  const ReplacedCalls replaced(throughTwoMounts);
+  child(u"file").moveFile(child(u"way/file").getLocation(), ReplacementPolicy::Overwrite);
+  EXPECT_EQ(content("file"), "content");
+  child(u"tree").moveFolder(child(u"way/tree").getLocation(), ReplacementPolicy::Overwrite);
+  EXPECT_EQ(content("tree/file"), "content");
+  const auto second = child(u"way/names").getLocation();
+  EXPECT_THROW(child(u"two").moveFile(second, ReplacementPolicy::Overwrite), Exception);
+  EXPECT_EQ(content("two") + content("names"), "contentcontent");
+  const auto inside = child(u"way/tree/sub/in").getLocation();
+  EXPECT_THROW(child(u"tree").moveFolder(inside, ReplacementPolicy::Overwrite), Exception);
+  EXPECT_EQ(content("tree/file"), "content");
+  EXPECT_EQ(std::distance(fs::directory_iterator(native("tree/sub")), fs::directory_iterator()), 2);
+}
+
+TEST_F(MoveAcrossTest, CleansUpWhatMayNotBeChanged) {
+  fs::create_directories(native("own/locked"));
+  put("own/locked/file", "x");
+  ASSERT_EQ(chmod(native("own/locked").c_str(), 0555), 0);
+  ASSERT_EQ(chmod(other.c_str(), 0777), 0);
+  static int finished;
+  finished = 0;
+  auto calls = detail::realSystemCalls;
+  calls.futimens = [](int file, const timespec* times) noexcept {
+    errno = EIO;  // for the last one, the top
+    return ++finished == 3 ? -1 : detail::realSystemCalls.futimens(file, times);
+  };
+  const ReplacedCalls failing(calls);
+  const auto target = there(u"moved");
+  const WithoutPrivileges nobody;
+  EXPECT_EQ(codeThrownAt(target, [&] { child(u"own").moveFolder(target, ReplacementPolicy::Overwrite); }),
+            ErrorCode::IOError);
+  EXPECT_TRUE(namesThere().empty());
+  EXPECT_EQ(content("own/locked/file"), "x");
 }
 
 }  // namespace

@@ -83,6 +83,14 @@ ErrorCode codeThrownAt(const StorageItem& expected, const Action& action) {
   return codeThrownAt(expected.getLocation(), action);
 }
 
+/// A new folder on another file system than that of `path`; empty where there is none.
+inline std::string makeFolderElsewhere(const std::string& path) {
+  std::string name = "/dev/shm/foundation-elsewhere-XXXXXX";
+  struct stat here, there;
+  const bool isOther = stat("/dev/shm", &there) == 0 && stat(path.c_str(), &here) == 0 && here.st_dev != there.st_dev;
+  return isOther && mkdtemp(name.data()) != nullptr ? name : std::string();
+}
+
 /// Gives up root's rights, which know no permissions, for the time of a scope.
 class WithoutPrivileges {
  public:

@@ -1,39 +1,40 @@
 // Transactions on real files: what readers see before and after, and what is left behind.
 
+#include "ReplacedCalls.h"
 #include "TemporaryFolder.h"
 
-#include <foundation/core/Export.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 
 #include <atomic>
 #include <cerrno>
 #include <regex>
-#include <sys/syscall.h>
 #include <thread>
 #include <vector>
-
-namespace {
-
-std::atomic<bool> canSetPermissions = true;
-std::atomic<mode_t> takenAway = 0;  ///< permissions that files have had and were to lose
-
-}  // namespace
-
-/// Takes the place of the system's for the whole test program.
-extern "C" FOUNDATION_EXPORT int fchmod(int file, mode_t mode) noexcept {
-  struct stat status = {};
-  if (fstat(file, &status) == 0)
-    takenAway |= status.st_mode & ~mode & 07777;
-  if (canSetPermissions)
-    return static_cast<int>(syscall(SYS_fchmod, file, mode));
-  errno = EPERM;
-  return -1;
-}
 
 namespace foundation::storage::backend::local {
 namespace {
 
 namespace fs = std::filesystem;
+
+mode_t takenAway = 0;  ///< permissions that files have had and were to lose
+
+detail::SystemCalls withFchmod(decltype(detail::SystemCalls::fchmod) fchmod) {
+  auto calls = detail::realSystemCalls;
+  calls.fchmod = fchmod;
+  return calls;
+}
+
+const auto recordingPermissions = withFchmod([](int file, mode_t mode) noexcept {
+  struct stat status = {};
+  if (fstat(file, &status) == 0)
+    takenAway |= status.st_mode & ~mode & 07777;
+  return detail::realSystemCalls.fchmod(file, mode);
+});
+
+const auto withoutPermissions = withFchmod([](int, mode_t) noexcept {
+  errno = EPERM;
+  return -1;
+});
 
 class WithUmask {
  public:
@@ -132,6 +133,8 @@ TEST_F(TransactionTest, NeedsANameToPublish) {
 }
 
 TEST_F(TransactionTest, KeepsThePermissionsOfWhatItReplaces) {
+  takenAway = 0;
+  const ReplacedCalls recording(recordingPermissions);
   const WithUmask outer(0);
   for (const mode_t mask : {0u, 022u, 077u})
     for (const mode_t mode : {0600u, 0644u, 0444u, 0755u, 0u, 0777u, 01600u, 02755u, 04755u}) {
@@ -260,9 +263,10 @@ TEST_F(TransactionTest, LeavesNothingBehindWhenItCannotBeOpened) {
     return ErrorCode::Unknown;
   };
   EXPECT_EQ(open(ByteStreamCreate::NeverCreate), ErrorCode::ResourceNotFound);  // of the scratch file
-  canSetPermissions = false;
-  EXPECT_EQ(open(ByteStreamCreate::Create), ErrorCode::PermissionDenied);
-  canSetPermissions = true;
+  {
+    const ReplacedCalls replaced(withoutPermissions);
+    EXPECT_EQ(open(ByteStreamCreate::Create), ErrorCode::PermissionDenied);
+  }
   EXPECT_EQ(names(), std::vector<std::string>{"file"});
   EXPECT_EQ(content("file"), "old");
 }

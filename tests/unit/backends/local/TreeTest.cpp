@@ -64,6 +64,19 @@ TEST_F(TreeTest, RemovesNoLinkAndNoFileAsATree) {
   EXPECT_EQ(content("folder/file"), "kept");
 }
 
+/// The calls that would do it are not made in this test, whatever the back end does.
+TEST_F(TreeTest, NeverEmptiesTheRoot) {
+  auto calls = detail::realSystemCalls;
+  calls.unlinkat = [](int, const char*, int) noexcept {
+    ADD_FAILURE() << "something would be removed";
+    errno = EPERM;
+    return -1;
+  };
+  const ReplacedCalls harmless(calls);
+  const StorageItem root(folder, StorageIRI(u"file:///"));
+  EXPECT_EQ(codeThrownAt(root, [&] { root.removeFolderRecursively(); }), ErrorCode::ResourceInUse);
+}
+
 TEST_F(TreeTest, RemovesTreesOfAnyDepth) {
   makeDeep("deep", 3000);
   child(u"deep").removeFolderRecursively();

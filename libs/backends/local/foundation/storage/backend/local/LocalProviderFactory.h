@@ -24,11 +24,11 @@ namespace foundation::storage::backend::local {
 ///   stay what they are elsewhere. What leads out of the folder, by "..", by a link, or by any link with an absolute
 ///   path, is refused with `PermissionDenied`, whatever is renamed meanwhile (openat2(2), RESOLVE_BENEATH; a walk by
 ///   single names where the kernel has none). In listings such a link leads nowhere. Not refused are hard links and
-///   mounts, which only an administrator or the owner of the file can have put there. There are no native change
-///   events.
-/// - `durable`: `true` makes commits outlive a crash of the system; by default `false`.
+///   mounts, which only an administrator or the owner of the file can have put there.
+/// - `durable`: `true` makes commits, and moves to other file systems, outlive a crash of the system; by default
+/// `false`.
 /// - `follow-links`: `false` refuses every path through a link with `InvalidLocation`, and takes a link at its end for
-///   a file that cannot be opened; by default `true`.
+///   a file that cannot be opened; by default `true`. Neither then nor with a `root` are there native change events.
 /// - `hide-scratch-files`: `true` leaves the scratch files of transactions out of listings; by default `false`.
 ///
 /// A copy keeps holes, and shares blocks with its source where the file system can. A new file gets the source's mode,
@@ -36,12 +36,15 @@ namespace foundation::storage::backend::local {
 /// MiB, holes included. (Where `StorageItem` asks a callback for a copy that is not atomic, it copies through streams.)
 ///
 /// A move is a rename. To another file system the entry is copied under a scratch name, with modes, times, extended
-/// attributes and, where the program may give them, owners, renamed to its place, and then removed where it was. If
-/// that last step fails, both are there. Hard links within a moved tree become separate files.
+/// attributes and access control lists (those of the system's own, security.*, and those that the other file system
+/// cannot hold are left out) and, where the program may give them, owners, renamed to its place, and then removed where
+/// it was. If that last step fails, what is left of it is still there, too. Hard links within a moved tree become
+/// separate files. Three descriptors are needed for each folder on the way down.
 ///
 /// A recursive removal stops at the first entry that cannot be removed, and names it. `setWritable` gives the owner the
 /// permission to write, or takes it from everybody; `isWritable` tells what the program may do, which for root is
-/// everything. Extended attributes are those of the user namespace (xattr(7)), by their full names, as `std::string`.
+/// everything. `setLastModified` fails where the file system keeps another time, as some do beyond the year 2446. Extended
+/// attributes are those of the user namespace (xattr(7)), by their full names, as `std::string`.
 ///
 /// A transaction writes to a scratch file beside its target and renames that over the target. At every moment
 /// everybody, programs that start after a crash of this one included, finds either the old content or the new. After a
@@ -54,7 +57,8 @@ namespace foundation::storage::backend::local {
 ///   set-user-ID, set-group-ID and sticky bits; the scratch file never has more. Where the group cannot be kept, the
 ///   group may do what all others may. Without an old file the new one gets 0666, less the umask.
 /// - On commit it is given the old one's extended attributes and access control list, and its owner where the program
-///   may give files away, which mostly only root may. If an attribute cannot be kept, the commit fails.
+///   may give files away, which mostly only root may. If an attribute of users or of the administrator (user.*,
+///   trusted.*) cannot be kept, the commit fails.
 /// - Other hard links of the old file keep the old content.
 /// - What a killed program leaves behind, `provider::removeScratchFiles` removes.
 ///

@@ -31,6 +31,7 @@
 #include <boost/date_time/posix_time/posix_time_duration.hpp>
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <limits>
 #include <memory>
@@ -179,7 +180,7 @@ void LocalProvider::doRemoveFile(const StorageIRI& location) const {
 
 void LocalProvider::doMoveFile(const StorageIRI& source, const StorageIRI& destination,
                                const ReplacementPolicy& policy) const {
-  moveEntry(*files(), source, destination, policy, MovedEntry::File);
+  moveEntry(configuration(), source, destination, policy, MovedEntry::File);
 }
 
 void LocalProvider::doRemoveFolder(const StorageIRI& location) const {
@@ -194,7 +195,7 @@ void LocalProvider::doRemoveFolderRecursively(const StorageIRI& location) const 
 
 void LocalProvider::doMoveFolder(const StorageIRI& source, const StorageIRI& destination,
                                  const ReplacementPolicy& policy) const {
-  moveEntry(*files(), source, destination, policy, MovedEntry::Folder);
+  moveEntry(configuration(), source, destination, policy, MovedEntry::Folder);
 }
 
 provider::FileAttributes LocalProvider::doGetFileAttributes(const StorageIRI& location) const {
@@ -344,16 +345,23 @@ void LocalProvider::doSetLastModified(const StorageIRI& location, const boost::p
     throw refusal(provider::ErrorCode::UnsupportedOperation, location, u"This is no point in time");
   const auto reached = reach(*files(), location);
   const timespec times[] = {{0, UTIME_OMIT}, toSystemTime(time)};
+  struct stat status;
   if (sys().utimensat(AT_FDCWD, reached.path.c_str(), times, 0) == -1)
     throw systemFailure(errno, "utimensat", location);
+  if (sys().fstatat(AT_FDCWD, reached.path.c_str(), &status, 0) == -1)
+    throw systemFailure(errno, "stat", location);
+  constexpr std::int64_t coarsest = 2;  // seconds: what some file systems round to
+  if (std::abs(status.st_mtim.tv_sec - times[1].tv_sec) > coarsest)
+    throw refusal(provider::ErrorCode::UnsupportedOperation, location, u"The file system cannot keep such a time");
 }
 
 void LocalProvider::doSetWritable(const StorageIRI& location, bool writable) const {
   constexpr mode_t ofOwner = 0200;
   constexpr mode_t ofAll = 0222;
-  const auto view = files();
-  const auto status = requireStatus(*view, location, nativePath(location));
-  const auto reached = reach(*view, location);
+  const auto reached = reach(*files(), location);
+  struct stat status;
+  if (sys().fstatat(AT_FDCWD, reached.path.c_str(), &status, 0) == -1)
+    throw systemFailure(errno, "stat", location);
   const mode_t mode = status.st_mode & 07777;
   if (sys().chmod(reached.path.c_str(), writable ? mode | ofOwner : mode & ~ofAll) == -1)
     throw systemFailure(errno, "chmod", location);

@@ -1,12 +1,10 @@
 #include <foundation/storage/backend/local/detail/posix/ChangePublisher.h>
 
 #include <fl/i18n/Convert.h>
-#include <foundation/log/DiagnosticLogger.h>
-#include <foundation/log/detail/ExceptionChain.h>
+#include <foundation/storage/backend/local/detail/posix/Log.h>
 
 #include <boost/property_tree/ptree.hpp>
 
-#include <new>
 #include <utility>
 
 namespace foundation::storage::backend::local::detail {
@@ -24,11 +22,6 @@ unsigned bitsOf(const ChangePublisher::Kinds& kinds) {
   for (const auto kind : kinds)
     bits |= bitOf(kind);
   return bits;
-}
-
-const log::diagnostic_logger& logger() {
-  static const log::diagnostic_logger logger("foundation::storage::provider");
-  return logger;
 }
 
 }  // namespace
@@ -63,18 +56,7 @@ void ChangePublisher::call(Kind kind, const StorageIRI& subject, EntryType type)
   try {
     callback_(kind, watched_, subject, type, {});
   } catch (...) {
-    logCaughtChangeError();
-  }
-}
-
-void logChangeError(const std::string& text) { logger().write(log::Level::error, text); }
-
-void logCaughtChangeError() noexcept {
-  try {
-    logChangeError("Error in checking for changes.");
-    if (logger().passes(log::Level::detail))
-      logger().write(log::Level::detail, "Exception caught: " + log::detail::current_exception_chain_as_string());
-  } catch (const std::bad_alloc&) {  // the record is lost: nobody here could deal with it
+    logCaughtFailure("Error in checking for changes.");
   }
 }
 

@@ -44,10 +44,4 @@ class ChangePublisher {
   unsigned kinds_;  ///< one bit a kind
 };
 
-/// Writes an error to the diagnostic log.
-void logChangeError(const std::string& text);
-
-/// Writes two records about the exception that is being handled.
-void logCaughtChangeError() noexcept;
-
 }  // namespace foundation::storage::backend::local::detail

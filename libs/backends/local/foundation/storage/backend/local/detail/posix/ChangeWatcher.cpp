@@ -3,6 +3,7 @@
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/EntryState.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/Log.h>
 #include <foundation/storage/backend/local/detail/posix/SubscriptionFailure.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 
@@ -35,7 +36,7 @@ void attempt(WatchedTree& tree, const Action& action) {
   try {
     action();
   } catch (...) {
-    logCaughtChangeError();
+    logCaughtFailure("Error in checking for changes.");
     tree.setUncertain();
   }
 }
@@ -124,7 +125,7 @@ void ChangeWatcher::run() noexcept {
       awaitEvents();
       handleEvents();
     } catch (...) {
-      logCaughtChangeError();
+      logCaughtFailure("Error in checking for changes.");
       doubtAll();
     }
   }

@@ -48,17 +48,24 @@ bool ContentCopy::shareBlocks() const {
 
 /// Copies what is not a hole, and then makes the destination as long as the source.
 bool ContentCopy::copyData() {
-  for (auto data = find(SEEK_DATA); data != -1; data = find(SEEK_DATA)) {
+  off_t size = 0;
+  for (;;) {
+    size = endOfSource();  // before the look for data, so that what is appended meanwhile is no hole
+    const auto data = find(SEEK_DATA);
+    if (data == -1)
+      break;
     if (!advance(data - at_))
       return false;
     const auto end = find(SEEK_HOLE);
     seekTo(data);
     if (!copyTo(end == -1 ? toTheEnd : end))
       return false;
-    if (at_ < end)
-      break;  // the source has become shorter
+    if (at_ < end) {  // the source is, or has become, shorter than the system says
+      size = at_;
+      break;
+    }
   }
-  const auto size = std::max(at_, sys().lseek(from_.file, 0, SEEK_END));
+  size = std::max(at_, size);
   if (sys().ftruncate(to_.file, size) == -1)
     throw systemFailure(errno, "ftruncate", to_.location);
   return advance(size - at_);
@@ -70,6 +77,13 @@ off_t ContentCopy::find(int what) const {
   if (found == -1 && errno != ENXIO)
     throw systemFailure(errno, "lseek", from_.location);
   return found;
+}
+
+off_t ContentCopy::endOfSource() const {
+  const auto end = sys().lseek(from_.file, 0, SEEK_END);
+  if (end == -1)
+    throw systemFailure(errno, "lseek", from_.location);
+  return end;
 }
 
 void ContentCopy::seekTo(off_t position) {

@@ -39,6 +39,7 @@ class ContentCopy {
   bool advance(off_t size);
   bool mayGoOn() const;
   off_t find(int what) const;
+  off_t endOfSource() const;
   void seekTo(off_t position);
 
   const CopyEnd from_;

@@ -31,7 +31,7 @@ struct Level {
 
 class FolderRemoval {
  public:
-  explicit FolderRemoval(const StorageIRI& location) : location_(location) {}
+  FolderRemoval(const StorageIRI& location, Obstacles obstacles) : location_(location), obstacles_(obstacles) {}
 
   /// Removes all that is in an open folder.
   void empty(Descriptor folder) {
@@ -48,6 +48,8 @@ class FolderRemoval {
     struct stat status;
     if (sys().fstat(opened.get(), &status) == -1)
       fail(errno, "fstat", name);
+    if (obstacles_ == Obstacles::Remove)
+      sys().fchmod(opened.get(), 0700);
     levels_.push_back({std::move(name), FolderReader(std::move(opened), location_), status.st_dev, status.st_ino});
     if (levels_.size() > maximumOpen)
       levels_[levels_.size() - 1 - maximumOpen].reader.reset();
@@ -135,23 +137,28 @@ class FolderRemoval {
     for (std::size_t i = 1; i < levels_.size(); ++i)
       path += levels_[i].name + "/";
     path += name;
+    if (path.ends_with('/'))
+      path.pop_back();
     throw systemFailure(error, call, path.empty() ? location_ : StorageIRI(location_, fl::i18n::to_ustring(path)));
   }
 
   const StorageIRI& location_;
+  const Obstacles obstacles_;
   std::vector<Level> levels_;
 };
 
-/// A folder that could not be removed in the end (rmdir(2): "." or ".." as the last name) is not to be emptied either.
+/// A folder that could not be removed in the end (rmdir(2): the root, and "." or ".." as the last name) is not to be
+/// emptied either.
 void requireOwnName(const Place& place, const StorageIRI& location) {
   const auto name = place.name.substr(place.name.rfind('/') + 1);
-  if (name == "." || name == "..")
-    throw systemFailure(EINVAL, "rmdir", location);
+  if (name.empty() || name == "." || name == "..")
+    throw systemFailure(name.empty() ? EBUSY : EINVAL, "rmdir", location);
 }
 
 }  // namespace
 
-void removeFolderTree(const FileSystem& files, const StorageIRI& location, const std::string& path) {
+void removeFolderTree(const FileSystem& files, const StorageIRI& location, const std::string& path,
+                      Obstacles obstacles) {
   const auto place = files.place(path);
   if (!place)
     throw systemFailure(errno, "open", location);
@@ -159,7 +166,7 @@ void removeFolderTree(const FileSystem& files, const StorageIRI& location, const
   Descriptor folder(sys().openat(place->folder, place->name.c_str(), asFolder, 0));
   if (!folder.isOpen())
     throw systemFailure(errno, "open", location);
-  FolderRemoval(location).empty(std::move(folder));
+  FolderRemoval(location, obstacles).empty(std::move(folder));
   if (sys().unlinkat(place->folder, place->name.c_str(), AT_REMOVEDIR) == -1)
     throw systemFailure(errno == EEXIST ? ENOTEMPTY : errno, "rmdir", location);
 }

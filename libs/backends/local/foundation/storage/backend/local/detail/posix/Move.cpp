@@ -120,8 +120,9 @@ int moveOver(const FileSystem& files, const struct stat& own, const End& from, c
 
 }  // namespace
 
-void moveEntry(const FileSystem& files, const StorageIRI& source, const StorageIRI& destination,
+void moveEntry(const Configuration& configuration, const StorageIRI& source, const StorageIRI& destination,
                provider::ReplacementPolicy policy, MovedEntry kind) {
+  const auto& files = *configuration.files;
   const auto from = endAt(files, source);
   const auto to = endAt(files, destination);
   const auto own = requireKind(files, from, kind);
@@ -129,7 +130,7 @@ void moveEntry(const FileSystem& files, const StorageIRI& source, const StorageI
   if ((isExclusive ? renameExclusively(from.place, to.place, kind) : moveOver(files, own, from, to, kind)) == 0)
     return;
   if (errno == EXDEV)
-    return moveAcross(files, source, destination, policy, kind);
+    return moveAcross(configuration, source, destination, policy, kind);
   // On some systems a folder that is not empty "exists".
   throw systemFailure(errno == EEXIST && !isExclusive ? ENOTEMPTY : errno, "rename", destination);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <foundation/storage/backend/local/detail/posix/FileSystem.h>
+#include <foundation/storage/backend/local/detail/posix/Configuration.h>
 #include <foundation/storage/backend/local/detail/posix/Rename.h>
 #include <foundation/storage/provider/ReplacementPolicy.h>
 #include <foundation/storage/provider/StorageIRI.h>
@@ -12,8 +12,8 @@ namespace foundation::storage::backend::local::detail {
 ///
 /// Throws `Exception` with the location at fault: for a source that is missing or of the other kind `source`, else
 /// `destination`, or what is at fault in a tree that is copied. Then nothing has been moved, unless it is the source
-/// that cannot be removed after a copy: then both are there.
-void moveEntry(const FileSystem& files, const provider::StorageIRI& source, const provider::StorageIRI& destination,
-               provider::ReplacementPolicy policy, MovedEntry kind);
+/// that cannot be removed after a copy: then what is left of it is there as well as the destination.
+void moveEntry(const Configuration& configuration, const provider::StorageIRI& source,
+               const provider::StorageIRI& destination, provider::ReplacementPolicy policy, MovedEntry kind);
 
 }  // namespace foundation::storage::backend::local::detail

@@ -4,6 +4,7 @@
 #include <foundation/storage/backend/local/detail/posix/EntryCopy.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/FolderRemoval.h>
+#include <foundation/storage/backend/local/detail/posix/Log.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/provider/ScratchFiles.h>
 
@@ -22,16 +23,15 @@ Place placeOf(const FileSystem& files, const StorageIRI& location) {
   return std::move(*place);
 }
 
-/// Whatever it is: a folder with all that is in it, or the one name.
-void removeEntry(const FileSystem& files, const StorageIRI& location) {
+bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
+
+/// Removes what is there: a folder with all that is in it, or the one name.
+void removeEntry(const FileSystem& files, const StorageIRI& location, const struct stat& status, Obstacles obstacles) {
+  if (S_ISDIR(status.st_mode))
+    return removeFolderTree(files, location, nativePath(location), obstacles);
   const auto place = placeOf(files, location);
-  if (sys().unlinkat(place.folder, place.name.c_str(), 0) == 0)
-    return;
-  const int error = errno;
-  struct stat status;
-  if (files.status(nativePath(location), Links::Keep, status) == -1 || !S_ISDIR(status.st_mode))
-    throw systemFailure(error, "unlink", location);
-  removeFolderTree(files, location, nativePath(location));
+  if (sys().unlinkat(place.folder, place.name.c_str(), 0) == -1)
+    throw systemFailure(errno, "unlink", location);
 }
 
 /// An entry that is removed again unless it is moved to its place.
@@ -46,44 +46,69 @@ class ScratchEntry {
 
   ~ScratchEntry() {
     try {
-      if (exists_)
-        removeEntry(files_, location_);
+      struct stat status;
+      if (!isMoved_ && files_.status(nativePath(location_), Links::Keep, status) == 0)
+        removeEntry(files_, location_, status, Obstacles::Remove);
     } catch (...) {
-      // The name says what it is. What has made the move fail is being thrown already.
+      logCaughtFailure("What a failed move has copied could not be removed.");
     }
   }
 
-  void fill(const StorageIRI& source) {
-    exists_ = true;
-    copyEntry(placeOf(files_, source), source, place_, location_);
-  }
+  const Place& place() const noexcept { return place_; }
 
   void moveTo(const StorageIRI& destination, provider::ReplacementPolicy policy, MovedEntry kind) {
     const auto to = placeOf(files_, destination);
-    const int result = preservesExisting(policy) ? renameExclusively(place_, to, kind) : renameOver(place_, to);
-    if (result == -1)
-      throw systemFailure(errno == EEXIST && !preservesExisting(policy) ? ENOTEMPTY : errno, "rename", destination);
-    exists_ = false;
+    const bool isExclusive = preservesExisting(policy);
+    if ((isExclusive ? renameExclusively(place_, to, kind) : renameOver(place_, to)) == -1)
+      throw systemFailure(errno == EEXIST && !isExclusive ? ENOTEMPTY : errno, "rename", destination);
+    isMoved_ = true;
   }
 
  private:
   const FileSystem& files_;
   const StorageIRI location_;
   const Place place_;
-  bool exists_ = false;
+  bool isMoved_ = false;
 };
+
+void syncFolderOf(const FileSystem& files, const StorageIRI& location) {
+  const auto folder = files.open(folderOf(nativePath(location)), O_RDONLY | O_DIRECTORY);
+  if (!folder.isOpen() || (sys().fsync(folder.get()) == -1 && errno != EINVAL))
+    throw systemFailure(errno, "fsync", location);
+}
+
+struct stat statusAt(const FileSystem& files, const StorageIRI& location) {
+  struct stat status;
+  if (files.status(nativePath(location), Links::Keep, status) == -1)
+    throw systemFailure(errno, "rename", location);
+  return status;
+}
 
 }  // namespace
 
-void moveAcross(const FileSystem& files, const StorageIRI& source, const StorageIRI& destination,
+void moveAcross(const Configuration& configuration, const StorageIRI& source, const StorageIRI& destination,
                 provider::ReplacementPolicy policy, MovedEntry kind) {
+  const auto& files = *configuration.files;
+  const auto moved = statusAt(files, source);
   struct stat status;
-  if (preservesExisting(policy) && files.status(nativePath(destination), Links::Keep, status) == 0)
+  const bool isThere = files.status(nativePath(destination), Links::Keep, status) == 0;
+  if (isThere && preservesExisting(policy))
     throw systemFailure(EEXIST, "rename", destination);  // before anything is copied
+  if (isThere && isSameFile(moved, status)) {
+    if (moved.st_nlink > 1 && !S_ISDIR(moved.st_mode))
+      throw systemFailure(EXDEV, "rename", destination);
+    return;  // the one name it has
+  }
+  if (!destination.hasParent())
+    throw systemFailure(EBUSY, "rename", destination);
   ScratchEntry scratch(files, destination);
-  scratch.fill(source);
+  copyEntry(configuration, placeOf(files, source), source, scratch.place(), destination);
   scratch.moveTo(destination, policy, kind);
-  removeEntry(files, source);
+  if (configuration.isDurable)
+    syncFolderOf(files, destination);
+  if (!isSameFile(moved, statusAt(files, source)))
+    throw refusal(provider::ErrorCode::ResourceInUse, source, u"It was replaced while it was moved; it is still there");
+  removeEntry(files, source, moved, Obstacles::Respect);
 }
 
 }  // namespace foundation::storage::backend::local::detail

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <foundation/storage/backend/local/detail/posix/FileSystem.h>
+#include <foundation/storage/backend/local/detail/posix/Configuration.h>
 #include <foundation/storage/backend/local/detail/posix/Rename.h>
 #include <foundation/storage/provider/ReplacementPolicy.h>
 #include <foundation/storage/provider/StorageIRI.h>
@@ -8,8 +8,12 @@
 namespace foundation::storage::backend::local::detail {
 
 /// Moves an entry to another file system: copies it under a scratch name beside the destination, renames that, and
-/// removes the source. Throws as `moveEntry`. A program that is killed meanwhile leaves the scratch entry, or both.
-void moveAcross(const FileSystem& files, const provider::StorageIRI& source, const provider::StorageIRI& destination,
-                provider::ReplacementPolicy policy, MovedEntry kind);
+/// removes the source, with durability once all that is on the disk. Throws as `moveEntry`. A program that is killed
+/// meanwhile leaves the scratch entry, or both.
+///
+/// To the system two mounts of one file system are two. Through them the destination can be the source, to which
+/// nothing is done then; a second name of the same file is refused with `UnsupportedOperation`.
+void moveAcross(const Configuration& configuration, const provider::StorageIRI& source,
+                const provider::StorageIRI& destination, provider::ReplacementPolicy policy, MovedEntry kind);
 
 }  // namespace foundation::storage::backend::local::detail

@@ -42,6 +42,7 @@ void RecursiveListing::next() {
 }
 
 void RecursiveListing::reset() {
+  folder_.reset();
   folders_.clear();
   next_.reset();
   current_.reset();

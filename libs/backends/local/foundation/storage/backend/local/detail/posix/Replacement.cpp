@@ -3,6 +3,8 @@
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/Log.h>
+#include <foundation/storage/backend/local/detail/posix/Permissions.h>
 #include <foundation/storage/backend/local/detail/posix/Rename.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/Xattrs.h>
@@ -19,22 +21,15 @@ using provider::ByteStreamOpenFailure;
 
 namespace {
 
-constexpr mode_t groupBits = 0070;
 constexpr auto keptOwner = static_cast<uid_t>(-1);  // chown(2)
 constexpr auto keptGroup = static_cast<gid_t>(-1);
-
-mode_t othersAsGroup(mode_t mode) { return (mode & 0007) << 3; }
 
 bool hasAccessList(const Replaced& replaced) {
   return std::find(replaced.attributes.begin(), replaced.attributes.end(), accessListName) != replaced.attributes.end();
 }
 
 /// What the scratch file may be created with before it is known which group it has.
-mode_t initialMode(const Replaced& replaced) {
-  const mode_t mode = replaced.status.st_mode & 0777;
-  const bool groupMayNoMore = (mode & groupBits & ~othersAsGroup(mode)) == 0;
-  return groupMayNoMore ? mode : mode & ~groupBits;
-}
+mode_t initialMode(const Replaced& replaced) { return modeFor(replaced.status.st_mode, false); }
 
 }  // namespace
 
@@ -56,7 +51,7 @@ Replacement::~Replacement() {
   try {
     abort();
   } catch (...) {
-    // The name says what it is, so that it can be swept.
+    logCaughtFailure("A scratch file could not be removed.");  // its name says what it is, so that it can be swept
   }
 }
 
@@ -75,9 +70,8 @@ void Replacement::takePermissions() {
     throw streamFailure<ByteStreamOpenFailure>(errno, "fstat", target_.location);
   hasGroup_ = status.st_gid == replaced.st_gid || sys().fchown(descriptor(), keptOwner, replaced.st_gid) == 0;
   owner_ = status.st_uid;
-  const bool isTheGroups = hasGroup_ && !hasAccessList(*target_.replaced);
-  const mode_t all = replaced.st_mode & 0777;
-  const mode_t mode = (all & ~groupBits) | (all & (isTheGroups ? groupBits : othersAsGroup(all)));
+  dropAccessLists(descriptor());  // the folder's would let in whom the replaced file keeps out
+  const mode_t mode = modeFor(replaced.st_mode, hasGroup_ && !hasAccessList(*target_.replaced));
   // Only where that makes a difference: not every file system can set them.
   if ((status.st_mode & 07777) != mode && sys().fchmod(descriptor(), mode) == -1)
     throw streamFailure<ByteStreamOpenFailure>(errno, "fchmod", target_.location);
@@ -101,8 +95,11 @@ void Replacement::commit(provider::ReplacementPolicy policy) {
     throw systemFailure(errno, "open", target_.location);
   putInPlace(policy);
   // Some file systems have nothing to do for a folder, and say so.
-  if (sys().fsync(folder.get()) == -1 && errno != EINVAL)
-    throw systemFailure(errno, "fsync", target_.location);
+  if (sys().fsync(folder.get()) == 0 || errno == EINVAL)
+    return;
+  const auto failure = systemFailure(errno, "fsync", target_.location);
+  spoilt_ = std::make_exception_ptr(failure);
+  throw failure;
 }
 
 void Replacement::abort() {
@@ -119,9 +116,9 @@ void Replacement::finishContent() {
   takeAttributes();
   // Once it has failed, another fsync may succeed although data is lost (fsync(2), "Errors").
   if (configuration_.isDurable && sys().fsync(descriptor()) == -1)
-    throw systemFailure(errno, "fsync", scratch_);
+    throw systemFailure(errno, "fsync", target_.location);
   if (const int error = descriptor_.close())
-    throw systemFailure(error, "close", scratch_);
+    throw systemFailure(error, "close", target_.location);
 }
 
 void Replacement::takeAttributes() const {
@@ -130,9 +127,10 @@ void Replacement::takeAttributes() const {
   const auto& replaced = *target_.replaced;
   if (!replaced.attributes.empty()) {
     const auto reached = configuration_.files->reach(target_.path, Links::Keep);
-    const auto accessList = hasGroup_ ? AccessList::Copy : AccessList::LeaveOut;
+    const auto accessLists = hasGroup_ ? AccessLists::Copy : AccessLists::LeaveOut;
     if (reached)  // else it has been removed meanwhile
-      copyAttributes(reached->path, replaced.attributes, descriptor(), accessList, target_.location);
+      copyAttributes(reached->path, replaced.attributes, descriptor(), accessLists, Unsupported::Fail,
+                     target_.location);
   }
   if (owner_ != replaced.status.st_uid)
     sys().fchown(descriptor(), replaced.status.st_uid, keptGroup);  // most programs may not

@@ -36,8 +36,8 @@ class Replacement {
   /// rename after it (fsync(2)).
   ///
   /// Throws `Exception`. Then the target is as it was and the commit can be tried again, unless what was written may
-  /// be incomplete: that fails in the same way ever after. Only when the last step fails, the rename that is to be
-  /// made durable, the new content is in place already.
+  /// be incomplete: that fails in the same way ever after. So does the last step, the rename that is to be made
+  /// durable; only then the new content is in place already.
   void commit(provider::ReplacementPolicy policy);
 
   /// Throws `Exception` where the scratch file cannot be removed; it can be tried again.

@@ -74,6 +74,7 @@ constexpr SystemCalls makeRealSystemCalls() {
   calls.renameat = ::renameat2;
   calls.chmod = ::chmod;
   calls.fchmod = ::fchmod;
+  calls.fchmodat = [](int folder, const char* path, mode_t mode) noexcept { return ::fchmodat(folder, path, mode, 0); };
   calls.fchownat = ::fchownat;
   calls.fchown = ::fchown;
   calls.utimensat = ::utimensat;
@@ -83,6 +84,7 @@ constexpr SystemCalls makeRealSystemCalls() {
   calls.fsetxattr = [](int file, const char* name, const void* value, std::size_t size) noexcept {
     return ::fsetxattr(file, name, value, size, 0);
   };
+  calls.fremovexattr = ::fremovexattr;
   calls.eventfd = [](int flags) noexcept { return ::eventfd(0, flags); };
   calls.poll = [](pollfd* files, nfds_t count, int milliseconds) noexcept {
     return ::poll(files, count, milliseconds);

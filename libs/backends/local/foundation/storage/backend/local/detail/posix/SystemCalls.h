@@ -51,6 +51,7 @@ struct SystemCalls {
   SystemCall<int(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags)> renameat;
   SystemCall<int(const char* path, mode_t mode)> chmod;
   SystemCall<int(int file, mode_t mode)> fchmod;
+  SystemCall<int(int folder, const char* path, mode_t mode)> fchmodat;
   SystemCall<int(int folder, const char* path, uid_t owner, gid_t group, int flags)> fchownat;
   SystemCall<int(int file, uid_t owner, gid_t group)> fchown;
   SystemCall<int(int folder, const char* path, const timespec* times, int flags)> utimensat;
@@ -59,6 +60,7 @@ struct SystemCalls {
   SystemCall<ssize_t(const char* path, char* names, std::size_t size)> listxattr;
   SystemCall<ssize_t(const char* path, const char* name, void* value, std::size_t size)> getxattr;
   SystemCall<int(int file, const char* name, const void* value, std::size_t size)> fsetxattr;
+  SystemCall<int(int file, const char* name)> fremovexattr;
 
   SystemCall<int(int flags)> eventfd;
   SystemCall<int(pollfd* files, nfds_t count, int milliseconds)> poll;

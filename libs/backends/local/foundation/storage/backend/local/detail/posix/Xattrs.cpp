@@ -30,9 +30,9 @@ std::optional<std::string> sized(const Get& get) {
   }
 }
 
-bool isCopied(std::string_view name, AccessList accessList) {
-  return name.starts_with("user.") || name.starts_with("trusted.") ||
-         (name == accessListName && accessList == AccessList::Copy);
+bool isCopied(std::string_view name, AccessLists accessLists) {
+  const bool isList = name == accessListName || name == defaultListName;
+  return name.starts_with("user.") || name.starts_with("trusted.") || (isList && accessLists == AccessLists::Copy);
 }
 
 }  // namespace
@@ -51,18 +51,25 @@ std::optional<std::string> attributeValue(const std::string& path, const std::st
                                           const StorageIRI& location) {
   auto value =
       sized([&](char* buffer, std::size_t size) { return sys().getxattr(path.c_str(), name.c_str(), buffer, size); });
-  if (!value && errno != ENODATA)
+  if (!value && errno != ENODATA && errno != ENOENT)
     throw systemFailure(errno, "getxattr", location);
   return value;
 }
 
-void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, AccessList accessList,
-                    const StorageIRI& location) {
+void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, AccessLists accessLists,
+                    Unsupported unsupported, const StorageIRI& location) {
   for (const auto& name : names) {
-    const auto value = isCopied(name, accessList) ? attributeValue(path, name, location) : std::nullopt;
-    if (value && sys().fsetxattr(to, name.c_str(), value->data(), value->size()) == -1)
+    const auto value = isCopied(name, accessLists) ? attributeValue(path, name, location) : std::nullopt;
+    if (!value || sys().fsetxattr(to, name.c_str(), value->data(), value->size()) == 0)
+      continue;
+    if (errno != EOPNOTSUPP || unsupported == Unsupported::Fail)
       throw systemFailure(errno, "fsetxattr", location);
   }
+}
+
+void dropAccessLists(int file) noexcept {
+  sys().fremovexattr(file, accessListName.data());
+  sys().fremovexattr(file, defaultListName.data());  // of a folder
 }
 
 }  // namespace foundation::storage::backend::local::detail

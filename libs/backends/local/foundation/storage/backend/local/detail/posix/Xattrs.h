@@ -11,23 +11,31 @@
 /// Extended attributes (xattr(7)).
 namespace foundation::storage::backend::local::detail {
 
-/// The name under which the system keeps a file's access control list (acl(5)).
+/// The names under which the system keeps access control lists (acl(5)): an entry's own, and the one that a folder
+/// gives its new entries.
 constexpr std::string_view accessListName = "system.posix_acl_access";
+constexpr std::string_view defaultListName = "system.posix_acl_default";
 
 /// The full names of the attributes of what is at `path`; none where the file system has no attributes. Throws
 /// `Exception` with `location`.
 std::vector<std::string> attributeNames(const std::string& path, const provider::StorageIRI& location);
 
-/// An attribute's bytes; nothing where there is none of that name (any more). Throws `Exception` with `location`.
+/// An attribute's bytes; nothing where there is none of that name (any more), nor anything at `path`. Throws
+/// `Exception` with `location`.
 std::optional<std::string> attributeValue(const std::string& path, const std::string& name,
                                           const provider::StorageIRI& location);
 
-enum class AccessList { Copy, LeaveOut };
+enum class AccessLists { Copy, LeaveOut };
+/// What becomes of attributes where the file system has none of their kind.
+enum class Unsupported { Fail, LeaveOut };
 
 /// Gives an open file the attributes of what is at `path`: users' own (user.*), the administrator's (trusted.*) and the
-/// access control list. What only the system may decide (security.*) it decides by itself for every file. Throws
-/// `Exception` with `location` where it cannot.
-void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, AccessList accessList,
-                    const provider::StorageIRI& location);
+/// access control lists. What only the system may decide (security.*) it decides by itself for every file. Where
+/// nothing is at `path` any more, there is nothing to give. Throws `Exception` with `location` where it cannot.
+void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, AccessLists accessLists,
+                    Unsupported unsupported, const provider::StorageIRI& location);
+
+/// Takes the access control lists from an open file that its folder has given it.
+void dropAccessLists(int file) noexcept;
 
 }  // namespace foundation::storage::backend::local::detail

@@ -1,0 +1,29 @@
+#include <foundation/storage/backend/local/detail/posix/Log.h>
+
+#include <foundation/log/DiagnosticLogger.h>
+#include <foundation/log/detail/ExceptionChain.h>
+
+#include <new>
+
+namespace foundation::storage::backend::local::detail {
+namespace {
+
+const log::diagnostic_logger& logger() {
+  static const log::diagnostic_logger logger("foundation::storage::provider");
+  return logger;
+}
+
+}  // namespace
+
+void logError(const std::string& text) { logger().write(log::Level::error, text); }
+
+void logCaughtFailure(const char* what) noexcept {
+  try {
+    logError(what);
+    if (logger().passes(log::Level::detail))
+      logger().write(log::Level::detail, "Exception caught: " + log::detail::current_exception_chain_as_string());
+  } catch (const std::bad_alloc&) {  // the record is lost: nobody here could deal with it
+  }
+}
+
+}  // namespace foundation::storage::backend::local::detail
