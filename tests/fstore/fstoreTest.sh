@@ -101,6 +101,8 @@ nonsense
 --generate book
 ls --nonsense
 ls -l=maybe
+rm --recursive=false file
+cp --no-clobber=false file file
 stat
 cat
 cat -x file
@@ -651,13 +653,14 @@ while read -r signal code options; do
   same "$code" $? "the end of an interrupted cp $options"
   exec 3<&-
   while IFS= read -r -d '' file; do
-    cmp -s large "$file" || [[ $options != *--atomic* && $(<"$work/err") == *"${file//%/%25}: IOError: Interrupted; what is there now is incomplete"* ]] ||
+    cmp -s large "$file" || [[ $options != *--atomic* && $(<"$work/err") == *"${file//%/%25}: IOError: Interrupted; what is there now may be incomplete"* ]] ||
       complain "cp $options leaves half of $file: $(<"$work/err")"
   done < <(find copy -type f -print0)
   same '' "$(find copy -name '.*')" "scratch files of an interrupted cp $options"
   rm -r copy
 done <<'TABLE'
 INT 130 --atomic
+HUP 129 --atomic
 TERM 143 --atomic -j 3
 INT 130
 TERM 143 -j 2
@@ -669,6 +672,22 @@ wait "$copier"
 code=$?
 exec 3<&-
 [[ $code == 130 || $code == 143 ]] || complain "a second signal does not end cp: exit code $code"
+
+# Whether somebody watches makes no difference to what is copied.
+fresh
+truncate -s 50M large
+printf end >>large
+chmod 640 large
+ok cp large unwatched
+if command -v script >/dev/null; then
+  script -qec "'$fstore' cp '$PWD/large' '$PWD/watched'" /dev/null >/dev/null
+  same "$(stat -c '%a %s %b' unwatched)" "$(stat -c '%a %s %b' watched)" "mode, size and blocks of a copy on a terminal"
+fi
+
+# A filter does not hide that it is one folder.
+mkdir top
+fails "$here/top/copy: InvalidLocation: A folder cannot be copied into itself" cp "readonly+$here/top" top/copy
+fails "$here/top/./top: InvalidLocation: A folder cannot be copied into itself" cp "readonly+$here/top" top/.
 
 # Several sources.
 fresh

@@ -32,7 +32,7 @@ using Locations = std::vector<std::string>;
 constexpr std::size_t anyNumber = std::numeric_limits<std::size_t>::max();
 
 CLI::Option* addFlag(CLI::App& app, const std::string& names, const std::string& description) {
-  return app.add_flag(names)->description(description);
+  return app.add_flag(names)->disable_flag_override()->description(description);
 }
 
 /// An option with a value.

@@ -1,5 +1,6 @@
 #include <fstore/Content.h>
 #include <fstore/Refusal.h>
+#include <fstore/Target.h>
 
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
@@ -25,6 +26,8 @@ constexpr std::size_t blockSize = 256 * 1024;
 /// Whether a standard stream is the file itself: reading and writing it at once would never end, or empty
 /// it before it was read.
 void requireNotOpenAs(int standardStream, const StorageItem& file, const char16_t* reason) {
+  if (physicalLocation(file.getLocation()).getScheme() != u"file")
+    return;
   struct stat stream, itself;
   const auto path = fl::i18n::to_string(file.getLocation().toUPath().string());
   if (fstat(standardStream, &stream) == 0 && S_ISREG(stream.st_mode) && stat(path.c_str(), &itself) == 0 &&

@@ -36,7 +36,7 @@ void forEachSource(const Session& session, std::vector<std::string> arguments, c
 
 /// Opening the destination would empty the source, if the two were one.
 void requireElsewhere(const StorageItem& source, const StorageItem& place) {
-  if (source.getCanonicalLocation() == writtenLocation(place))
+  if (physicalLocation(source.getCanonicalLocation()) == physicalLocation(writtenLocation(place)))
     throw refusal(ErrorCode::InvalidLocation, place.getLocation(), u"A file cannot be copied onto itself");
 }
 
@@ -78,8 +78,13 @@ void copy(const Session& session, const std::vector<std::string>& arguments, con
 }
 
 void move(const Session& session, std::vector<std::string> arguments, ReplacementPolicy policy) {
-  forEachSource(session, std::move(arguments),
-                [&](const StorageItem& source, const StorageItem& place) { moveItem(source, place, policy); });
+  const StopSignal stop;  // which waits for a move that is under way: to another file system it is a copy
+  forEachSource(session, std::move(arguments), [&](const StorageItem& source, const StorageItem& place) {
+    if (!stop.isAsked())
+      moveItem(source, place, policy);
+  });
+  if (stop.isAsked())
+    session.report.endedBy(stop.number());
 }
 
 }  // namespace fstore

@@ -1,5 +1,6 @@
 #include <fstore/Comparison.h>
 #include <fstore/FileCopier.h>
+#include <fstore/GrowthWatch.h>
 #include <fstore/Refusal.h>
 #include <fstore/Size.h>
 #include <fstore/Text.h>
@@ -46,7 +47,7 @@ FileCopier::FileCopier(const Session& session, const CopyOptions& options, const
       options_(options),
       stop_(stop),
       progress_(progress),
-      plainCopies_(stop, session.report),
+      plainCopies_(stop, session.report, [this] { sayLastWords(); }),
       jobs_(options.threads) {}
 
 void FileCopier::add(const Item& source, const Item& place, const Check& check,
@@ -72,10 +73,10 @@ void FileCopier::copy(const Item& source, const Item& place, std::optional<std::
   if (!size)
     size = sizeOf(source);
   std::uint64_t shown = 0;
-  if (needsCallback(size))
+  if (options_.transaction == TransactionPolicy::Atomic)
     shown = copyWatched(source, place, size.value_or(0));
   else
-    plainCopies_.run(place.getLocation(), [&] { source.copyFile(place, options_.policy); });
+    shown = copyPlainly(source, place, size.value_or(0));
   progress_.add(size.value_or(0) - shown);
   if (options_.verification == Verification::Compare)
     requireSameContent(source, place, [this] { return isStopped(); });
@@ -85,25 +86,30 @@ void FileCopier::copy(const Item& source, const Item& place, std::optional<std::
     tell(source, place);
 }
 
-bool FileCopier::needsCallback(const std::optional<std::uint64_t>& size) const {
-  return options_.transaction == TransactionPolicy::Atomic || (progress_.isShown() && size.value_or(0) > smallSize);
+/// In one operation of the store's, which keeps more of a file than its bytes; so nothing can be asked meanwhile.
+/// @return how much of it the progress has been told
+std::uint64_t FileCopier::copyPlainly(const Item& source, const Item& place, std::uint64_t size) {
+  std::optional<GrowthWatch> growth;
+  if (progress_.isShown() && size > smallSize)
+    growth.emplace(progress_, place, size);
+  plainCopies_.run(place.getLocation(), [&] { source.copyFile(place, options_.policy); });
+  return growth ? growth->end() : 0;
 }
 
+/// Atomically.
 /// @return how much of it the progress has been told
 std::uint64_t FileCopier::copyWatched(const Item& source, const Item& place, std::uint64_t size) {
   std::uint64_t shown = 0;
   const auto status = source.copyFile(
       place,
-      {.replacementPolicy = options_.policy, .transactionPolicy = options_.transaction, .interruptCallback = [&] {
+      {.replacementPolicy = options_.policy, .transactionPolicy = TransactionPolicy::Atomic, .interruptCallback = [&] {
          const auto step = std::min(blockSize, size - shown);
          shown += step;
          progress_.add(step);
          return isStopped() ? provider::InterruptSignal::Abort : provider::InterruptSignal::Continue;
        }});
   if (status == provider::TransactionStatus::Aborted)
-    throw refusal(ErrorCode::IOError, place.getLocation(),
-                  options_.transaction == TransactionPolicy::Atomic ? u"Interrupted; nothing was written"
-                                                                    : u"Interrupted; what is there now is incomplete");
+    throw refusal(ErrorCode::IOError, place.getLocation(), u"Interrupted; nothing was written");
   return shown;
 }
 
@@ -114,6 +120,19 @@ void FileCopier::tell(const Item& source, const Item& place) {
                         printable(place.getLocation().toString()) + "\n");
   if (session_.output.isTerminal())
     session_.output.flush();
+}
+
+/// What has been copied is worth telling also where the program ends in the middle.
+void FileCopier::sayLastWords() noexcept {
+  try {
+    // Somebody who waits for the reader of the output holds the lock.
+    if (const std::unique_lock lock(outputMutex_, std::try_to_lock); lock) {
+      printSummary();
+      session_.output.flush();
+    }
+  } catch (const std::exception&) {
+    // Nobody reads any more.
+  }
 }
 
 void FileCopier::printSummary() {

@@ -42,9 +42,10 @@ class FileCopier {
 
  private:
   void copy(const Item& source, const Item& place, std::optional<std::uint64_t> size);
-  bool needsCallback(const std::optional<std::uint64_t>& size) const;
+  std::uint64_t copyPlainly(const Item& source, const Item& place, std::uint64_t size);
   std::uint64_t copyWatched(const Item& source, const Item& place, std::uint64_t size);
   void tell(const Item& source, const Item& place);
+  void sayLastWords() noexcept;
 
   const Session& session_;
   const CopyOptions& options_;

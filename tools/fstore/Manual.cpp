@@ -6,7 +6,7 @@ namespace fstore {
 
 const std::string programSummary = "Reach stored files and folders, wherever they live.";
 const std::string locationHelp = "A location is a text such as file:///home/ann/notes, or a path.";
-const std::string exitCodeHelp = "0 done, 1 something failed, 2 wrong usage, 130 or 143 interrupted.";
+const std::string exitCodeHelp = "0 done, 1 something failed, 2 wrong usage, 129, 130 or 143 ended by a signal.";
 
 namespace {
 

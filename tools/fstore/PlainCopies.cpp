@@ -1,6 +1,7 @@
 #include <fstore/PlainCopies.h>
 
 #include <chrono>
+#include <utility>
 
 namespace fstore {
 
@@ -13,8 +14,8 @@ constexpr std::chrono::milliseconds patience(250);
 
 }  // namespace
 
-PlainCopies::PlainCopies(const StopSignal& stop, Report& report)
-    : stop_(stop), report_(report), waiting_([this] { waitForSignal(); }) {}
+PlainCopies::PlainCopies(const StopSignal& stop, Report& report, std::function<void()> lastWords)
+    : stop_(stop), report_(report), lastWords_(std::move(lastWords)), waiting_([this] { waitForSignal(); }) {}
 
 PlainCopies::~PlainCopies() {
   {
@@ -42,7 +43,8 @@ void PlainCopies::waitForSignal() {
 
 void PlainCopies::endProgram() {
   for (const auto& destination : underWay_)
-    report_.failure(destination.toString(), ErrorCode::IOError, u"Interrupted; what is there now is incomplete");
+    report_.failure(destination.toString(), ErrorCode::IOError, u"Interrupted; what is there now may be incomplete");
+  lastWords_();
   stop_.endProgram();
 }
 

@@ -6,6 +6,7 @@
 #include <foundation/storage/provider/StorageIRI.h>
 
 #include <condition_variable>
+#include <functional>
 #include <list>
 #include <mutex>
 #include <thread>
@@ -18,7 +19,8 @@ namespace fstore {
 class PlainCopies {
  public:
   /// Throws `std::system_error` where there is no thread to be had.
-  PlainCopies(const StopSignal& stop, Report& report);
+  /// @param lastWords  called, by another thread, before the program ends
+  PlainCopies(const StopSignal& stop, Report& report, std::function<void()> lastWords);
   ~PlainCopies();
   PlainCopies(const PlainCopies&) = delete;
   PlainCopies& operator=(const PlainCopies&) = delete;
@@ -50,6 +52,7 @@ class PlainCopies {
 
   const StopSignal& stop_;
   Report& report_;
+  const std::function<void()> lastWords_;
   std::mutex mutex_;  ///< guards what follows; before the report's
   std::condition_variable isOver_;
   Destinations underWay_;

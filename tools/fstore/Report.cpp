@@ -4,6 +4,8 @@
 
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/provider/ByteStreamFailure.h>
+#include <foundation/storage/provider/ChangeEventsNotSupportedException.h>
+#include <foundation/storage/provider/ChangeEventsSubscriptionException.h>
 #include <foundation/storage/provider/Exception.h>
 
 #include <cerrno>
@@ -124,6 +126,10 @@ void Report::current(const std::u16string& where) {
     failure(failed.getStorageIRI().toString(), failed.getErrorCode(), reasonOf(failed));
   } catch (const provider::ByteStreamFailure& failed) {
     failure(locationOf(failed, where), failed.getErrorCode(), reasonOf(failed));
+  } catch (const provider::ChangeEventsSubscriptionException&) {
+    failure(where, ErrorCode::IOError, u"Its changes cannot be watched");
+  } catch (const provider::ChangeEventsNotSupportedException&) {
+    failure(where, ErrorCode::UnsupportedOperation, u"The store does not tell of changes; --poll looks for them");
   } catch (const ArgumentFailure& failed) {
     failure(where, ErrorCode::InvalidLocation, fl::i18n::to_ustring(failed.what()));
   } catch (const std::bad_alloc&) {

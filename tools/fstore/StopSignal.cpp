@@ -40,6 +40,11 @@ extern "C" void askToStop(int signal) {
   errno = error;
 }
 
+bool isIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 void handle(int signal) {
   struct sigaction action {};
   action.sa_handler = askToStop;
@@ -56,6 +61,8 @@ StopSignal::StopSignal() : wakeUp_(eventfd(0, EFD_CLOEXEC)) {
   wakeUpDescriptor = wakeUp_;
   handle(SIGINT);
   handle(SIGTERM);
+  if (!isIgnored(SIGHUP))  // nohup(1)
+    handle(SIGHUP);
 }
 
 StopSignal::~StopSignal() {

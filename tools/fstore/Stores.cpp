@@ -95,7 +95,7 @@ Stores::Stores(const std::optional<std::string>& configuration)
   } catch (const foundation::storage::registry::ConfigurationFileException& failure) {
     throw ArgumentFailure(failure.what());
   } catch (const std::invalid_argument& failure) {
-    throw ArgumentFailure(failure.what());
+    throw ArgumentFailure(*configuration + ": " + failure.what());
   }
 }
 

@@ -1,6 +1,8 @@
 #include <fstore/Refusal.h>
 #include <fstore/Target.h>
 
+#include <foundation/storage/provider/FilteringURL.h>
+
 #include <utility>
 
 namespace fstore {
@@ -51,7 +53,15 @@ StorageIRI writtenLocation(const StorageItem& item) {
   return isThere ? item.getCanonicalLocation() : entryLocation(item);
 }
 
-bool contains(const StorageIRI& folder, const StorageIRI& location) {
+StorageIRI physicalLocation(const StorageIRI& location) {
+  const auto text = location.toString();
+  auto physical = provider::getPhysicalURLFromFilteringURL(text);
+  return physical == text ? location : StorageIRI(std::move(physical));
+}
+
+bool contains(const StorageIRI& filteredFolder, const StorageIRI& filteredLocation) {
+  const auto folder = physicalLocation(filteredFolder);
+  const auto location = physicalLocation(filteredLocation);
   return folder == location || folder.isAncestorOf(location);
 }
 

@@ -27,6 +27,9 @@ class Target {
   std::set<foundation::storage::provider::StorageIRI> taken_;
 };
 
+/// The location without filters before its scheme: what is one place has one of these.
+foundation::storage::provider::StorageIRI physicalLocation(const foundation::storage::provider::StorageIRI& location);
+
 /// The location of the very entry, which need not exist, in the canonical form of its folder; a link is
 /// not followed. Throws as `StorageItem::getCanonicalLocation` does where that folder is missing.
 foundation::storage::provider::StorageIRI entryLocation(const foundation::storage::provider::StorageItem& item);

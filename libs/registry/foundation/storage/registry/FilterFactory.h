@@ -15,7 +15,7 @@ namespace foundation::storage::registry {
 ///
 /// Authors of filters derive from it. A provider that a filter makes
 /// - gets locations with the prefix, in any case (RFC 3986, section 3.1), and hands them on without it;
-/// - gives locations back with the prefix: canonical ones, those of change events and of failures;
+/// - gives locations back with the prefix: canonical ones, those of change events and of `provider::Exception`;
 /// - keeps the inner provider for as long as it lives, and lets others use it;
 /// - when it is shut down, releases what it holds itself; the inner provider is not its own to shut down.
 ///

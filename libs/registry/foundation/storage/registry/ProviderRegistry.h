@@ -99,8 +99,8 @@ class FOUNDATION_EXPORT ProviderRegistry {
   void configure(const boost::property_tree::ptree& configuration);
 
   /// The same with the tree that a file holds: Boost's INFO format where the name ends in ".info", JSON where it
-  /// ends in ".json". Throws `ConfigurationFileException` for any other name, a file that cannot be read, and one
-  /// that does not parse.
+  /// ends in ".json". (Files that an INFO file includes are found from the current folder.) Throws
+  /// `ConfigurationFileException` for any other name, a file that cannot be read, and one that does not parse.
   void configureFromFile(const std::filesystem::path& file);
 
   /// Shuts down all providers that are in use, of filters first, of containers next, and lets go of them: who asks for

@@ -16,10 +16,11 @@ namespace foundation::storage::registry {
 ///
 /// Native change events are the inner provider's. Where it takes one subscription for each location, as the local
 /// file system does, that counts subscriptions made with and without the filter together. Those made through the
-/// filter's provider end with it, at the latest.
+/// filter's provider end with it, at the latest; and where the inner provider can only end all subscriptions of a
+/// location, as the local file system does for a folder and the files in it, everybody's end then.
 ///
-/// The failures of a stream are as the inner provider throws them. There is nothing to configure: options belong to
-/// the scheme behind the prefix.
+/// The failures of streams, of opening one too, name locations as the inner provider does, without the prefix; so do
+/// the contexts of all failures. There is nothing to configure: options belong to the scheme behind the prefix.
 class FOUNDATION_EXPORT ReadOnlyFilter final : public FilterFactory {
  public:
   ReadOnlyFilter();

@@ -37,11 +37,24 @@ std::string contentOf(const std::filesystem::path& file) {
   return std::move(content).str();
 }
 
+/// The parsers call themselves for each level, so that a file of nothing but brackets would exhaust the stack.
+void requireFlat(const std::filesystem::path& file, const std::string& content) {
+  constexpr int maximumDepth = 1000;  // far more than any options have, brackets within texts included
+  int depth = 0;
+  for (const char character : content) {
+    depth += (character == '{' || character == '[') - (character == '}' || character == ']');
+    if (depth > maximumDepth)
+      throw ConfigurationFileException(file, 0, "it is nested too deep");
+  }
+}
+
 }  // namespace
 
 ptree readConfigurationFile(const std::filesystem::path& file) {
   const auto parse = parserFor(file);
-  std::istringstream text(contentOf(file));
+  const auto content = contentOf(file);
+  requireFlat(file, content);
+  std::istringstream text(content);
   ptree tree;
   try {
     parse(text, tree);
