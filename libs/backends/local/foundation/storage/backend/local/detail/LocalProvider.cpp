@@ -12,6 +12,7 @@
 #include <foundation/storage/backend/local/detail/posix/LocalByteStream.h>
 #include <foundation/storage/backend/local/detail/posix/Move.h>
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
+#include <foundation/storage/backend/local/detail/posix/Places.h>
 #include <foundation/storage/backend/local/detail/posix/RecursiveListing.h>
 #include <foundation/storage/backend/local/detail/posix/Replacement.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
@@ -19,8 +20,6 @@
 #include <foundation/storage/backend/local/detail/posix/TransactionTarget.h>
 #include <foundation/storage/backend/local/detail/posix/Xattrs.h>
 #include <foundation/storage/backend/support/FilteredListing.h>
-#include <foundation/storage/backend/support/InvalidOptionException.h>
-#include <foundation/storage/backend/support/Options.h>
 #include <foundation/storage/provider/ChangeEventsNotSupportedException.h>
 #include <foundation/storage/provider/FailureConversion.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
@@ -64,21 +63,6 @@ std::unique_ptr<ByteStream> openStreamWith(const FileSystem& files, const provid
   return std::make_unique<LocalByteStream>(openFile(files, location, flags).descriptor, location);
 }
 
-Place placeOf(const FileSystem& files, const provider::StorageIRI& location, const char* call) {
-  auto place = files.place(nativePath(location));
-  if (!place)
-    throw systemFailure(errno, call, location);
-  return *std::move(place);
-}
-
-/// What is at `location`, for system calls that take nothing but a path.
-Reached reach(const FileSystem& files, const provider::StorageIRI& location) {
-  auto reached = files.reach(nativePath(location), Links::Follow);
-  if (!reached)
-    throw systemFailure(errno, "open", location);
-  return *std::move(reached);
-}
-
 ExistenceTypeExtended typeBehindLink(const FileSystem& files, const provider::StorageIRI& location,
                                      const std::string& path) {
   const auto status = findStatusBehindLink(files, location, path);
@@ -99,18 +83,6 @@ timespec toSystemTime(const boost::posix_time::ptime& time) {
 void requireWhole(const FileSystem& files, const provider::StorageIRI& location) {
   if (!files.isWhole())
     throw provider::ChangeEventsNotSupportedException(location);
-}
-
-std::shared_ptr<const FileSystem> fileSystemFor(const std::optional<std::string>& root, bool followsLinks) {
-  if (!root && followsLinks)
-    return wholeFileSystem();
-  const auto path = root.value_or("/");
-  if (!path.starts_with('/') || path.find('\0') != std::string::npos)
-    throw support::InvalidOptionException("root", "\"" + path + "\" is no absolute path");
-  auto confined = confinedFileSystem(path, followsLinks);
-  if (!confined)
-    throw support::InvalidOptionException("root", "\"" + path + "\" cannot be opened: " + systemMessage(errno));
-  return confined;
 }
 
 OpenFile openForTruncation(const FileSystem& files, const provider::StorageIRI& location) {
@@ -138,14 +110,7 @@ Configuration LocalProvider::configuration() const {
 }
 
 void LocalProvider::doConfigure(boost::property_tree::ptree configuration) {
-  support::Options options(std::move(configuration));
-  const auto root = options.takeText("root");
-  const auto followsLinks = options.takeFlag("follow-links");
-  const auto isDurable = options.takeFlag("durable");
-  const auto hidesScratchFiles = options.takeFlag("hide-scratch-files");
-  options.requireNoMore();
-  Configuration next{fileSystemFor(root, followsLinks.value_or(true)), isDurable.value_or(false),
-                     hidesScratchFiles.value_or(false)};
+  auto next = readConfiguration(std::move(configuration));
   const std::scoped_lock lock(mutex_);
   configuration_ = std::move(next);
 }
@@ -159,7 +124,7 @@ void LocalProvider::doCreateFile(const StorageIRI& location) const {
 }
 
 void LocalProvider::doCreateFolder(const StorageIRI& location) const {
-  const auto place = placeOf(*files(), location, "mkdir");
+  const auto place = requirePlace(*files(), location, "mkdir");
   if (sys().mkdirat(place.folder, place.name.c_str(), 0777) == -1)
     throw systemFailure(errno, "mkdir", location);
 }
@@ -173,7 +138,7 @@ bool LocalProvider::doFolderExists(const StorageIRI& location) const {
 }
 
 void LocalProvider::doRemoveFile(const StorageIRI& location) const {
-  const auto place = placeOf(*files(), location, "unlink");
+  const auto place = requirePlace(*files(), location, "unlink");
   if (sys().unlinkat(place.folder, place.name.c_str(), 0) == -1)
     throw systemFailure(errno, "unlink", location);
 }
@@ -184,7 +149,7 @@ void LocalProvider::doMoveFile(const StorageIRI& source, const StorageIRI& desti
 }
 
 void LocalProvider::doRemoveFolder(const StorageIRI& location) const {
-  const auto place = placeOf(*files(), location, "rmdir");
+  const auto place = requirePlace(*files(), location, "rmdir");
   if (sys().unlinkat(place.folder, place.name.c_str(), AT_REMOVEDIR) == -1)
     throw systemFailure(errno == EEXIST ? ENOTEMPTY : errno, "rmdir", location);
 }
@@ -343,7 +308,7 @@ provider::TransactionStatus LocalProvider::doCopyFileAtomic(
 void LocalProvider::doSetLastModified(const StorageIRI& location, const boost::posix_time::ptime& time) const {
   if (time.is_special())
     throw refusal(provider::ErrorCode::UnsupportedOperation, location, u"This is no point in time");
-  const auto reached = reach(*files(), location);
+  const auto reached = requireReached(*files(), location);
   const timespec times[] = {{0, UTIME_OMIT}, toSystemTime(time)};
   struct stat status;
   if (sys().utimensat(AT_FDCWD, reached.path.c_str(), times, 0) == -1)
@@ -358,7 +323,7 @@ void LocalProvider::doSetLastModified(const StorageIRI& location, const boost::p
 void LocalProvider::doSetWritable(const StorageIRI& location, bool writable) const {
   constexpr mode_t ofOwner = 0200;
   constexpr mode_t ofAll = 0222;
-  const auto reached = reach(*files(), location);
+  const auto reached = requireReached(*files(), location);
   struct stat status;
   if (sys().fstatat(AT_FDCWD, reached.path.c_str(), &status, 0) == -1)
     throw systemFailure(errno, "stat", location);
@@ -389,7 +354,7 @@ provider::FilenameSensitivity LocalProvider::doGetFilenameSensitivity(const Stor
 }
 
 provider::ExtendedAttributes LocalProvider::doGetExtendedAttributes(const StorageIRI& location) const {
-  const auto reached = reach(*files(), location);
+  const auto reached = requireReached(*files(), location);
   std::map<std::string, boost::any> attributes;
   for (const auto& name : attributeNames(reached.path, location)) {
     auto value = name.starts_with("user.") ? attributeValue(reached.path, name, location) : std::nullopt;
@@ -400,7 +365,7 @@ provider::ExtendedAttributes LocalProvider::doGetExtendedAttributes(const Storag
 }
 
 provider::ProviderStorageInfo LocalProvider::doGetProviderStorageInfo(const StorageIRI& location) const {
-  const auto reached = reach(*files(), location);
+  const auto reached = requireReached(*files(), location);
   struct statvfs status;
   if (sys().statvfs(reached.path.c_str(), &status) == -1)
     throw systemFailure(errno, "statvfs", location);

@@ -2,6 +2,8 @@
 
 #include <foundation/storage/backend/local/detail/posix/FileSystem.h>
 
+#include <boost/property_tree/ptree_fwd.hpp>
+
 #include <memory>
 
 namespace foundation::storage::backend::local::detail {
@@ -12,5 +14,8 @@ struct Configuration {
   bool isDurable = false;          ///< commits outlive a crash of the system
   bool hidesScratchFiles = false;  ///< from listings
 };
+
+/// Reads the options of a provider, as `LocalProviderFactory` has them. Throws `support::InvalidOptionException`.
+Configuration readConfiguration(boost::property_tree::ptree options);
 
 }  // namespace foundation::storage::backend::local::detail

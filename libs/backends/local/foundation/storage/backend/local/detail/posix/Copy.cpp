@@ -5,6 +5,7 @@
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/OpenFile.h>
 #include <foundation/storage/backend/local/detail/posix/Replacement.h>
+#include <foundation/storage/backend/local/detail/posix/Status.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/provider/FailureConversion.h>
 
@@ -30,7 +31,7 @@ auto opened(const StorageIRI& location, const Open& open) {
 }
 
 void requireDifferent(const struct stat& source, const struct stat& destination, const StorageIRI& location) {
-  if (source.st_dev == destination.st_dev && source.st_ino == destination.st_ino)
+  if (isSameFile(source, destination))
     throw refusal(ErrorCode::InvalidLocation, location, u"A file cannot be copied onto itself");
 }
 

@@ -6,6 +6,7 @@
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/FolderReader.h>
 #include <foundation/storage/backend/local/detail/posix/Permissions.h>
+#include <foundation/storage/backend/local/detail/posix/Status.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/Xattrs.h>
 
@@ -72,7 +73,7 @@ class EntryCopy {
   void copyFolder(const End& from, const End& to) const {
     const auto source = open(from, O_RDONLY | O_DIRECTORY);
     const auto status = statusOf(source, from);
-    if (status.st_dev == destinationFolder_.st_dev && status.st_ino == destinationFolder_.st_ino)
+    if (isSameFile(status, destinationFolder_))
       throw refusal(provider::ErrorCode::InvalidLocation, to.location, u"A folder cannot be moved into itself");
     if (sys().mkdirat(to.folder, to.name, 0700) == -1)
       throw systemFailure(errno, "mkdir", to.location);

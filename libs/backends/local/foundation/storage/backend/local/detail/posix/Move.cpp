@@ -55,8 +55,6 @@ void requireFolderOrNothing(const FileSystem& files, const End& destination) {
     throw systemFailure(ENOTDIR, "rename", destination.location);
 }
 
-bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
-
 /// Whether two names are different entries for one file: rename(2) leaves both of them then.
 bool areHardLinks(const FileSystem& files, const struct stat& source, const std::string& from, const std::string& to) {
   struct stat destination;

@@ -5,6 +5,8 @@
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/FolderRemoval.h>
 #include <foundation/storage/backend/local/detail/posix/Log.h>
+#include <foundation/storage/backend/local/detail/posix/Places.h>
+#include <foundation/storage/backend/local/detail/posix/Status.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/provider/ScratchFiles.h>
 
@@ -16,20 +18,11 @@ using provider::StorageIRI;
 
 namespace {
 
-Place placeOf(const FileSystem& files, const StorageIRI& location) {
-  auto place = files.place(nativePath(location));
-  if (!place)
-    throw systemFailure(errno, "open", location);
-  return std::move(*place);
-}
-
-bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
-
 /// Removes what is there: a folder with all that is in it, or the one name.
 void removeEntry(const FileSystem& files, const StorageIRI& location, const struct stat& status, Obstacles obstacles) {
   if (S_ISDIR(status.st_mode))
     return removeFolderTree(files, location, nativePath(location), obstacles);
-  const auto place = placeOf(files, location);
+  const auto place = requirePlace(files, location, "unlink");
   if (sys().unlinkat(place.folder, place.name.c_str(), 0) == -1)
     throw systemFailure(errno, "unlink", location);
 }
@@ -40,7 +33,7 @@ class ScratchEntry {
   ScratchEntry(const FileSystem& files, const StorageIRI& destination)
       : files_(files),
         location_(destination.getParent(), provider::makeScratchName()),
-        place_(placeOf(files, location_)) {}
+        place_(requirePlace(files, location_, "rename")) {}
   ScratchEntry(const ScratchEntry&) = delete;
   ScratchEntry& operator=(const ScratchEntry&) = delete;
 
@@ -57,7 +50,7 @@ class ScratchEntry {
   const Place& place() const noexcept { return place_; }
 
   void moveTo(const StorageIRI& destination, provider::ReplacementPolicy policy, MovedEntry kind) {
-    const auto to = placeOf(files_, destination);
+    const auto to = requirePlace(files_, destination, "rename");
     const bool isExclusive = preservesExisting(policy);
     if ((isExclusive ? renameExclusively(place_, to, kind) : renameOver(place_, to)) == -1)
       throw systemFailure(errno == EEXIST && !isExclusive ? ENOTEMPTY : errno, "rename", destination);
@@ -102,7 +95,7 @@ void moveAcross(const Configuration& configuration, const StorageIRI& source, co
   if (!destination.hasParent())
     throw systemFailure(EBUSY, "rename", destination);
   ScratchEntry scratch(files, destination);
-  copyEntry(configuration, placeOf(files, source), source, scratch.place(), destination);
+  copyEntry(configuration, requirePlace(files, source, "rename"), source, scratch.place(), destination);
   scratch.moveTo(destination, policy, kind);
   if (configuration.isDurable)
     syncFolderOf(files, destination);

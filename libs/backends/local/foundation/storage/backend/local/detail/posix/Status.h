@@ -9,6 +9,10 @@
 
 namespace foundation::storage::backend::local::detail {
 
+inline bool isSameFile(const struct stat& a, const struct stat& b) noexcept {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 /// What is at `path`; nothing where nothing can be there. Throws `Exception` where that cannot be found out, for want
 /// of permission for instance.
 std::optional<struct stat> findStatus(const FileSystem& files, const provider::StorageIRI& location,

@@ -17,7 +17,7 @@ class SystemCall<Result(Arguments...)> {
   constexpr SystemCall() noexcept = default;
   // Tables are filled with functions, and with lambdas that convert to them.
   template <class Callable>
-    requires std::is_convertible_v<Callable, Function>
+  requires std::is_convertible_v<Callable, Function>
   constexpr SystemCall(Callable function) noexcept : function_(function) {}
 
   Result operator()(Arguments... arguments) const noexcept {

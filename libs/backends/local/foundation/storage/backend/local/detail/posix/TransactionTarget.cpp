@@ -2,6 +2,7 @@
 
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
+#include <foundation/storage/backend/local/detail/posix/Status.h>
 #include <foundation/storage/backend/local/detail/posix/Xattrs.h>
 
 #include <cerrno>
@@ -33,7 +34,7 @@ std::string pathBehindLink(const FileSystem& files, const StorageIRI& location, 
 void requireSameFile(const FileSystem& files, const StorageIRI& location, const struct stat& expected,
                      const std::string& path) {
   const auto found = statusAt(files, location, path, Links::Keep);
-  if (!found || found->st_dev != expected.st_dev || found->st_ino != expected.st_ino)
+  if (!found || !isSameFile(*found, expected))
     throw refusal(provider::ErrorCode::InvalidLocation, location, u"The file behind this link has no name there");
 }
 
