@@ -43,8 +43,8 @@ namespace foundation::storage::backend::local {
 ///
 /// A recursive removal stops at the first entry that cannot be removed, and names it. `setWritable` gives the owner the
 /// permission to write, or takes it from everybody; `isWritable` tells what the program may do, which for root is
-/// everything. `setLastModified` fails where the file system keeps another time, as some do beyond the year 2446. Extended
-/// attributes are those of the user namespace (xattr(7)), by their full names, as `std::string`.
+/// everything. `setLastModified` fails where the file system keeps another time, as some do beyond the year 2446.
+/// Extended attributes are those of the user namespace (xattr(7)), by their full names, as `std::string`.
 ///
 /// A transaction writes to a scratch file beside its target and renames that over the target. At every moment
 /// everybody, programs that start after a crash of this one included, finds either the old content or the new. After a
