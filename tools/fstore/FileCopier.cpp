@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <poll.h>
+#include <unistd.h>
 
 namespace fstore {
 
@@ -125,8 +127,10 @@ void FileCopier::tell(const Item& source, const Item& place) {
 /// What has been copied is worth telling also where the program ends in the middle.
 void FileCopier::sayLastWords() noexcept {
   try {
-    // Somebody who waits for the reader of the output holds the lock.
-    if (const std::unique_lock lock(outputMutex_, std::try_to_lock); lock) {
+    // Somebody who waits for the reader of the output holds the lock; and the program is to end without that one.
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    const std::unique_lock lock(outputMutex_, std::try_to_lock);
+    if (lock && poll(&output, 1, 0) == 1) {
       printSummary();
       session_.output.flush();
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <system_error>
 
 namespace fstore {
 namespace {
@@ -13,7 +14,13 @@ constexpr std::chrono::milliseconds period(100);
 
 GrowthWatch::GrowthWatch(Progress& progress, const foundation::storage::provider::StorageItem& place,
                          std::uint64_t size)
-    : progress_(progress), place_(place), size_(size), sizeBefore_(sizeNow()), thread_([this] { run(); }) {}
+    : progress_(progress), place_(place), size_(size), sizeBefore_(sizeNow()) {
+  try {
+    thread_ = std::thread([this] { run(); });
+  } catch (const std::system_error&) {
+    // Without a thread the progress is only told in the end.
+  }
+}
 
 GrowthWatch::~GrowthWatch() { end(); }
 

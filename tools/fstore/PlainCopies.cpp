@@ -36,9 +36,9 @@ void PlainCopies::waitForSignal() {
     stop_.wait();
   std::unique_lock lock(mutex_);
   // Not only until none is under way: one may just be about to begin.
-  isOver_.wait_for(lock, patience, [this] { return isEnding_; });
-  if (!isEnding_ && !underWay_.empty())
-    endProgram();
+  while (!isOver_.wait_for(lock, patience, [this] { return isEnding_; }))
+    if (!underWay_.empty())
+      endProgram();
 }
 
 void PlainCopies::endProgram() {

@@ -34,7 +34,8 @@ void wakeUpSleeper(int descriptor) {
 
 extern "C" void askToStop(int signal) {
   const int error = errno;  // of whatever the signal has interrupted
-  if (askingSignal.exchange(signal) != 0)
+  // A terminal that closes may say so twice.
+  if (askingSignal.exchange(signal) != 0 && signal != SIGHUP)
     endBy(signal);
   wakeUpSleeper(wakeUpDescriptor);
   errno = error;

@@ -2,8 +2,9 @@
 
 namespace fstore {
 
-/// SIGINT and SIGTERM, from its construction on, ask the program to stop instead of ending it: long work looks now and
-/// then whether it is to go on. A second such signal ends the program at once. There is one object in a program.
+/// SIGINT, SIGTERM and SIGHUP (unless nohup(1) has it ignored), from its construction on, ask the program to stop
+/// instead of ending it: long work looks now and then whether it is to go on. A second such signal, but for SIGHUP,
+/// ends the program at once. There is one object in a program.
 ///
 /// Any number of threads may use it.
 class StopSignal {

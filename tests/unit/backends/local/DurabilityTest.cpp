@@ -144,6 +144,21 @@ TEST_F(DurabilityTest, KeepsModeOwnerAndAttributes) {
   EXPECT_EQ(attributes.getAttribute<std::string>("user.empty"), "");
 }
 
+/// To a file that may not be written to even its owner can give none.
+TEST_F(DurabilityTest, KeepsTheAttributesOfWhatMayOnlyBeRead) {
+  ASSERT_EQ(chmod(path.c_str(), 0777), 0);
+  const WithoutPrivileges nobody;
+  put("own", "old");
+  if (setxattr(native("own").c_str(), "user.a", "b", 1, 0) != 0)
+    GTEST_SKIP() << "this file system has no extended attributes";
+  ASSERT_EQ(chmod(native("own").c_str(), 0444), 0);
+  child(u"own").openTransactionalStream({})->close(StreamClosePolicy::Commit);
+  struct stat status;
+  ASSERT_EQ(stat(native("own").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0444U);
+  EXPECT_EQ(child(u"own").getExtendedAttributes().getAttribute<std::string>("user.a"), "b");
+}
+
 TEST_F(DurabilityTest, CommitsAlsoWhatIsNotThereAnyMore) {
   setxattr(native("file").c_str(), "user.a", "b", 1, 0);
   const auto transaction = writeNew();

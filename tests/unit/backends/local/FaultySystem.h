@@ -72,8 +72,8 @@ class FaultySystem {
                       &Calls::mkdirat, &Calls::mknodat, &Calls::symlinkat, &Calls::linkat, &Calls::unlinkat,
                       &Calls::renameat, &Calls::chmod, &Calls::fchmod, &Calls::fchmodat, &Calls::fchownat,
                       &Calls::fchown, &Calls::utimensat, &Calls::futimens, &Calls::listxattr, &Calls::getxattr,
-                      &Calls::fsetxattr, &Calls::fremovexattr, &Calls::eventfd, &Calls::poll, &Calls::inotifyInit,
-                      &Calls::inotifyAddWatch, &Calls::inotifyRemoveWatch>();
+                      &Calls::fsetxattr, &Calls::fgetxattr, &Calls::fremovexattr, &Calls::eventfd, &Calls::poll,
+                      &Calls::inotifyInit, &Calls::inotifyAddWatch, &Calls::inotifyRemoveWatch>();
   }
 
   static inline std::atomic<int> left = -1;

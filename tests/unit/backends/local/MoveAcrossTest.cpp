@@ -172,5 +172,42 @@ TEST_F(MoveAcrossTest, CleansUpWhatMayNotBeChanged) {
   EXPECT_EQ(content("own/locked/file"), "x");
 }
 
+/// With an access list (acl(5)) the group's bits of the mode are not what the group may do.
+TEST_F(MoveAcrossTest, GivesNobodyMoreWhereAccessListsAreLost) {
+  constexpr char list[] =
+      "\2\0\0\0"
+      "\1\0\6\0\377\377\377\377"
+      "\2\0\6\0\71\60\0\0"        // user 12345: rw
+      "\4\0\0\0\377\377\377\377"  // the group: nothing
+      "\20\0\6\0\377\377\377\377"
+      "\40\0\0\0\377\377\377\377";
+  if (setxattr(native("tree/file").c_str(), "system.posix_acl_access", list, sizeof list - 1, 0) != 0)
+    GTEST_SKIP() << "this file system has no access control lists";
+  auto calls = detail::realSystemCalls;
+  calls.fsetxattr = [](int, const char*, const void*, std::size_t) noexcept {
+    errno = EOPNOTSUPP;
+    return -1;
+  };
+  const ReplacedCalls withoutAttributes(calls);
+  child(u"tree/file").moveFile(there(u"a"), ReplacementPolicy::Overwrite);
+  EXPECT_EQ(statusOf(other + "/a").st_mode & 07777, 0600U);
+}
+
+/// Between reading and removing it there is time for others to write.
+TEST_F(MoveAcrossTest, RemovesNoSourceThatWasWrittenToMeanwhile) {
+  static std::string source;
+  source = native("tree/file");
+  auto calls = withRename([](int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+    if (std::string_view(from).find(".tmp.bak") != std::string_view::npos)
+      std::ofstream(source, std::ios::app) << "more";
+    return detail::realSystemCalls.renameat(fromFolder, from, toFolder, to, flags);
+  });
+  const ReplacedCalls replaced(calls);
+  EXPECT_EQ(codeThrownAt(child(u"tree/file"),
+                         [&] { child(u"tree/file").moveFile(there(u"a"), ReplacementPolicy::Overwrite); }),
+            ErrorCode::ResourceInUse);
+  EXPECT_EQ(content("tree/file"), "contentmore");
+}
+
 }  // namespace
 }  // namespace foundation::storage::backend::local

@@ -6,6 +6,7 @@
 #include <boost/property_tree/json_parser.hpp>
 #include <boost/property_tree/ptree.hpp>
 
+#include <algorithm>
 #include <fstream>
 #include <istream>
 #include <sstream>
@@ -39,13 +40,10 @@ std::string contentOf(const std::filesystem::path& file) {
 
 /// The parsers call themselves for each level, so that a file of nothing but brackets would exhaust the stack.
 void requireFlat(const std::filesystem::path& file, const std::string& content) {
-  constexpr int maximumDepth = 1000;  // far more than any options have, brackets within texts included
-  int depth = 0;
-  for (const char character : content) {
-    depth += (character == '{' || character == '[') - (character == '}' || character == ']');
-    if (depth > maximumDepth)
-      throw ConfigurationFileException(file, 0, "it is nested too deep");
-  }
+  constexpr int maximum = 10'000;  // however they are paired: far more than any options have
+  const auto isOpening = [](char character) { return character == '{' || character == '['; };
+  if (std::count_if(content.begin(), content.end(), isOpening) > maximum)
+    throw ConfigurationFileException(file, 0, "it holds too many brackets");
 }
 
 }  // namespace

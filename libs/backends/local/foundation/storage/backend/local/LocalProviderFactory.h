@@ -26,7 +26,7 @@ namespace foundation::storage::backend::local {
 ///   single names where the kernel has none). In listings such a link leads nowhere. Not refused are hard links and
 ///   mounts, which only an administrator or the owner of the file can have put there.
 /// - `durable`: `true` makes commits, and moves to other file systems, outlive a crash of the system; by default
-/// `false`.
+///   `false`.
 /// - `follow-links`: `false` refuses every path through a link with `InvalidLocation`, and takes a link at its end for
 ///   a file that cannot be opened; by default `true`. Neither then nor with a `root` are there native change events.
 /// - `hide-scratch-files`: `true` leaves the scratch files of transactions out of listings; by default `false`.
@@ -36,9 +36,9 @@ namespace foundation::storage::backend::local {
 /// MiB, holes included. (Where `StorageItem` asks a callback for a copy that is not atomic, it copies through streams.)
 ///
 /// A move is a rename. To another file system the entry is copied under a scratch name, with modes, times, extended
-/// attributes and access control lists (those of the system's own, security.*, and those that the other file system
-/// cannot hold are left out) and, where the program may give them, owners, renamed to its place, and then removed where
-/// it was. If that last step fails, what is left of it is still there, too. Hard links within a moved tree become
+/// attributes and access control lists (those of the system's own, security.*, and those of kinds that the other file
+/// system has not are left out) and, where the program may give them, owners, renamed to its place, and then removed
+/// where it was. If that last step fails, what is left of it is still there, too. Hard links within a moved tree become
 /// separate files. Three descriptors are needed for each folder on the way down.
 ///
 /// A recursive removal stops at the first entry that cannot be removed, and names it. `setWritable` gives the owner the

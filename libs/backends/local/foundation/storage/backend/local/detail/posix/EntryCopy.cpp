@@ -10,6 +10,7 @@
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/Xattrs.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -101,14 +102,25 @@ class EntryCopy {
   }
 
   static void copySpecial(const struct stat& status, const End& to) {
-    if (sys().mknodat(to.folder, to.name, status.st_mode, status.st_rdev) == -1)
+    if (sys().mknodat(to.folder, to.name, (status.st_mode & S_IFMT) | 0600, status.st_rdev) == -1)
       throw systemFailure(errno, "mknod", to.location);
-    const bool isOwners = sys().fchownat(to.folder, to.name, status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW) == 0;
-    const bool hasGroup = isOwners || status.st_gid == getegid();
-    if (sys().fchmodat(to.folder, to.name, modeFor(status.st_mode, hasGroup)) == -1)
+    const Descriptor copied(sys().openat(to.folder, to.name, O_PATH | O_NOFOLLOW | O_CLOEXEC, 0));
+    const auto made = copied.isOpen() ? statusOf(copied, to) : status;
+    if (!copied.isOpen() || (made.st_mode & S_IFMT) != (status.st_mode & S_IFMT))
+      throw systemFailure(copied.isOpen() ? EBUSY : errno, "open", to.location);
+    const auto path = pathOf(copied);
+    const bool isOwners = sys().fchownat(AT_FDCWD, path.c_str(), status.st_uid, status.st_gid, 0) == 0;
+    const bool hasGroup = isOwners || made.st_gid == status.st_gid;
+    if (sys().chmod(path.c_str(), modeFor(status.st_mode, hasGroup && !hasAccessList(path))) == -1)
       throw systemFailure(errno, "chmod", to.location);
-    if (sys().utimensat(to.folder, to.name, timesOf(status).data(), AT_SYMLINK_NOFOLLOW) == -1)
+    if (sys().utimensat(AT_FDCWD, path.c_str(), timesOf(status).data(), 0) == -1)
       throw systemFailure(errno, "utimensat", to.location);
+  }
+
+  static std::string pathOf(const Descriptor& file) { return "/proc/self/fd/" + std::to_string(file.get()); }
+
+  static bool hasAccessList(const std::string& path) {
+    return sys().getxattr(path.c_str(), accessListName.data(), nullptr, 0) > 0;
   }
 
   static struct stat statusOf(const Descriptor& file, const End& end) {
@@ -121,15 +133,21 @@ class EntryCopy {
   /// What is left to do for a file or folder once it has its content.
   void finish(const Descriptor& source, const struct stat& status, Descriptor copied, const End& from,
               const End& to) const {
-    dropAccessLists(copied.get());
+    if (!dropAccessList(copied.get(), accessListName) ||
+        (S_ISDIR(status.st_mode) && !dropAccessList(copied.get(), defaultListName)))
+      throw systemFailure(errno, "fremovexattr", to.location);
+    const auto path = pathOf(source);
+    const auto names = attributeNames(path, from.location);
+    // While it may be written to: afterwards its owner's attributes could not be set.
+    copyAttributes(path, names, copied.get(), Attributes::All, Unsupported::LeaveOut, to.location);
     const auto ownership = takeOwner(copied.get(), status);
-    const mode_t mode =
-        ownership == Ownership::Whole ? status.st_mode & 07777 : modeFor(status.st_mode, ownership == Ownership::Group);
+    const bool hasList = std::find(names.begin(), names.end(), accessListName) != names.end();
+    const mode_t special = ownership == Ownership::Whole ? status.st_mode & 07000 : 0;
+    const mode_t mode = special | modeFor(status.st_mode, ownership != Ownership::None && !hasList);
     if (sys().fchmod(copied.get(), mode) == -1)
       throw systemFailure(errno, "fchmod", to.location);
-    const auto path = "/proc/self/fd/" + std::to_string(source.get());
-    const auto lists = ownership == Ownership::None ? AccessLists::LeaveOut : AccessLists::Copy;
-    copyAttributes(path, attributeNames(path, from.location), copied.get(), lists, Unsupported::LeaveOut, to.location);
+    if (ownership != Ownership::None)
+      copyAttributes(path, names, copied.get(), Attributes::AccessLists, Unsupported::LeaveOut, to.location);
     if (sys().futimens(copied.get(), timesOf(status).data()) == -1)
       throw systemFailure(errno, "futimens", to.location);
     if (isDurable_ && sys().fsync(copied.get()) == -1 && errno != EINVAL)

@@ -3,8 +3,6 @@
 #include <foundation/log/DiagnosticLogger.h>
 #include <foundation/log/detail/ExceptionChain.h>
 
-#include <new>
-
 namespace foundation::storage::backend::local::detail {
 namespace {
 
@@ -22,7 +20,7 @@ void logCaughtFailure(const char* what) noexcept {
     logError(what);
     if (logger().passes(log::Level::detail))
       logger().write(log::Level::detail, "Exception caught: " + log::detail::current_exception_chain_as_string());
-  } catch (const std::bad_alloc&) {  // the record is lost: nobody here could deal with it
+  } catch (...) {  // the record is lost: nobody here could deal with it
   }
 }
 

@@ -11,8 +11,9 @@ namespace foundation::storage::backend::local::detail {
 /// there, and only then removed from where it was.
 ///
 /// Throws `Exception` with the location at fault: for a source that is missing or of the other kind `source`, else
-/// `destination`, or what is at fault in a tree that is copied. Then nothing has been moved, unless it is the source
-/// that cannot be removed after a copy: then what is left of it is there as well as the destination.
+/// `destination`, or what is at fault in a tree that is copied. Then nothing has been moved, unless it is
+/// a copy that cannot be made durable in the end, or its source that was changed meanwhile or cannot be removed: then
+/// what is left of that is there as well as the destination.
 void moveEntry(const Configuration& configuration, const provider::StorageIRI& source,
                const provider::StorageIRI& destination, provider::ReplacementPolicy policy, MovedEntry kind);
 

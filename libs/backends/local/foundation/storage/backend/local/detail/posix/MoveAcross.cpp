@@ -40,8 +40,12 @@ class ScratchEntry {
   ~ScratchEntry() {
     try {
       struct stat status;
-      if (!isMoved_ && files_.status(nativePath(location_), Links::Keep, status) == 0)
+      if (isMoved_)
+        return;
+      if (files_.status(nativePath(location_), Links::Keep, status) == 0)
         removeEntry(files_, location_, status, Obstacles::Remove);
+      else if (errno != ENOENT)
+        throw systemFailure(errno, "stat", location_);
     } catch (...) {
       logCaughtFailure("What a failed move has copied could not be removed.");
     }
@@ -64,10 +68,20 @@ class ScratchEntry {
   bool isMoved_ = false;
 };
 
-void syncFolderOf(const FileSystem& files, const StorageIRI& location) {
-  const auto folder = files.open(folderOf(nativePath(location)), O_RDONLY | O_DIRECTORY);
-  if (!folder.isOpen() || (sys().fsync(folder.get()) == -1 && errno != EINVAL))
-    throw systemFailure(errno, "fsync", location);
+Descriptor openFolderOf(const FileSystem& files, const StorageIRI& location) {
+  auto folder = files.open(folderOf(nativePath(location)), O_RDONLY | O_DIRECTORY);
+  if (!folder.isOpen())
+    throw systemFailure(errno, "open", location);
+  return folder;
+}
+
+bool isSameTime(const timespec& a, const timespec& b) { return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec; }
+
+/// Whether nothing has been done to what was moved since `before`. Of what is in a folder that says nothing.
+bool isUnchanged(const struct stat& before, const struct stat& now) {
+  return isSameFile(before, now) &&
+         (S_ISDIR(before.st_mode) || (before.st_size == now.st_size && isSameTime(before.st_mtim, now.st_mtim) &&
+                                      isSameTime(before.st_ctim, now.st_ctim)));
 }
 
 struct stat statusAt(const FileSystem& files, const StorageIRI& location) {
@@ -96,11 +110,12 @@ void moveAcross(const Configuration& configuration, const StorageIRI& source, co
     throw systemFailure(EBUSY, "rename", destination);
   ScratchEntry scratch(files, destination);
   copyEntry(configuration, requirePlace(files, source, "rename"), source, scratch.place(), destination);
+  const auto folder = configuration.isDurable ? openFolderOf(files, destination) : Descriptor();
   scratch.moveTo(destination, policy, kind);
-  if (configuration.isDurable)
-    syncFolderOf(files, destination);
-  if (!isSameFile(moved, statusAt(files, source)))
-    throw refusal(provider::ErrorCode::ResourceInUse, source, u"It was replaced while it was moved; it is still there");
+  if (folder.isOpen() && sys().fsync(folder.get()) == -1 && errno != EINVAL)
+    throw systemFailure(errno, "fsync", destination);
+  if (!isUnchanged(moved, statusAt(files, source)))
+    throw refusal(provider::ErrorCode::ResourceInUse, source, u"It was changed while it was moved; both are there");
   removeEntry(files, source, moved, Obstacles::Respect);
 }
 

@@ -9,7 +9,8 @@ namespace foundation::storage::backend::local::detail {
 
 /// Moves an entry to another file system: copies it under a scratch name beside the destination, renames that, and
 /// removes the source, with durability once all that is on the disk. Throws as `moveEntry`. A program that is killed
-/// meanwhile leaves the scratch entry, or both.
+/// meanwhile leaves the scratch entry, or both. A file that is written to meanwhile is left where it was, too, with
+/// `ResourceInUse`; of a folder what others put into it meanwhile goes with it.
 ///
 /// To the system two mounts of one file system are two. Through them the destination can be the source, to which
 /// nothing is done then; a second name of the same file is refused with `UnsupportedOperation`.

@@ -70,7 +70,9 @@ void Replacement::takePermissions() {
     throw streamFailure<ByteStreamOpenFailure>(errno, "fstat", target_.location);
   hasGroup_ = status.st_gid == replaced.st_gid || sys().fchown(descriptor(), keptOwner, replaced.st_gid) == 0;
   owner_ = status.st_uid;
-  dropAccessLists(descriptor());  // the folder's would let in whom the replaced file keeps out
+  // The folder's would let in whom the replaced file keeps out.
+  if (!dropAccessList(descriptor(), accessListName))
+    throw streamFailure<ByteStreamOpenFailure>(errno, "fremovexattr", target_.location);
   const mode_t mode = modeFor(replaced.st_mode, hasGroup_ && !hasAccessList(*target_.replaced));
   // Only where that makes a difference: not every file system can set them.
   if ((status.st_mode & 07777) != mode && sys().fchmod(descriptor(), mode) == -1)
@@ -125,15 +127,30 @@ void Replacement::takeAttributes() const {
   if (!target_.replaced)
     return;
   const auto& replaced = *target_.replaced;
-  if (!replaced.attributes.empty()) {
-    const auto reached = configuration_.files->reach(target_.path, Links::Keep);
-    const auto accessLists = hasGroup_ ? AccessLists::Copy : AccessLists::LeaveOut;
-    if (reached)  // else it has been removed meanwhile
-      copyAttributes(reached->path, replaced.attributes, descriptor(), accessLists, Unsupported::Fail,
-                     target_.location);
-  }
+  if (!replaced.attributes.empty())
+    copyAttributesOf(replaced);
   if (owner_ != replaced.status.st_uid)
     sys().fchown(descriptor(), replaced.status.st_uid, keptGroup);  // most programs may not
+}
+
+void Replacement::copyAttributesOf(const Replaced& replaced) const {
+  const auto reached = configuration_.files->reach(target_.path, Links::Keep);
+  if (!reached)
+    return;  // it has been removed meanwhile
+  const auto copy = [&](Attributes which) {
+    copyAttributes(reached->path, replaced.attributes, descriptor(), which, Unsupported::Fail, target_.location);
+  };
+  // Even its owner can give attributes only to a file that may be written to.
+  constexpr mode_t writable = 0200;
+  const mode_t mode = modeFor(replaced.status.st_mode, hasGroup_ && !hasAccessList(replaced));
+  const bool isReadOnly = (mode & writable) == 0;
+  if (isReadOnly && sys().fchmod(descriptor(), mode | writable) == -1)
+    throw systemFailure(errno, "fchmod", target_.location);
+  copy(Attributes::All);
+  if (isReadOnly && sys().fchmod(descriptor(), mode) == -1)
+    throw systemFailure(errno, "fchmod", target_.location);
+  if (hasGroup_)
+    copy(Attributes::AccessLists);
 }
 
 void Replacement::putInPlace(provider::ReplacementPolicy policy) {

@@ -49,6 +49,7 @@ class Replacement {
   void takePermissions();
   void finishContent();
   void takeAttributes() const;
+  void copyAttributesOf(const Replaced& replaced) const;
   void putInPlace(provider::ReplacementPolicy policy);
 
   const Configuration configuration_;

@@ -84,6 +84,7 @@ constexpr SystemCalls makeRealSystemCalls() {
   calls.fsetxattr = [](int file, const char* name, const void* value, std::size_t size) noexcept {
     return ::fsetxattr(file, name, value, size, 0);
   };
+  calls.fgetxattr = ::fgetxattr;
   calls.fremovexattr = ::fremovexattr;
   calls.eventfd = [](int flags) noexcept { return ::eventfd(0, flags); };
   calls.poll = [](pollfd* files, nfds_t count, int milliseconds) noexcept {

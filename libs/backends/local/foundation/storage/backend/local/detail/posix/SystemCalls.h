@@ -60,6 +60,7 @@ struct SystemCalls {
   SystemCall<ssize_t(const char* path, char* names, std::size_t size)> listxattr;
   SystemCall<ssize_t(const char* path, const char* name, void* value, std::size_t size)> getxattr;
   SystemCall<int(int file, const char* name, const void* value, std::size_t size)> fsetxattr;
+  SystemCall<ssize_t(int file, const char* name, void* value, std::size_t size)> fgetxattr;
   SystemCall<int(int file, const char* name)> fremovexattr;
 
   SystemCall<int(int flags)> eventfd;

@@ -30,9 +30,10 @@ std::optional<std::string> sized(const Get& get) {
   }
 }
 
-bool isCopied(std::string_view name, AccessLists accessLists) {
-  const bool isList = name == accessListName || name == defaultListName;
-  return name.starts_with("user.") || name.starts_with("trusted.") || (isList && accessLists == AccessLists::Copy);
+bool isCopied(std::string_view name, Attributes which) {
+  if (which == Attributes::AccessLists)
+    return name == accessListName || name == defaultListName;
+  return name.starts_with("user.") || name.starts_with("trusted.");
 }
 
 }  // namespace
@@ -56,10 +57,10 @@ std::optional<std::string> attributeValue(const std::string& path, const std::st
   return value;
 }
 
-void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, AccessLists accessLists,
+void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, Attributes which,
                     Unsupported unsupported, const StorageIRI& location) {
   for (const auto& name : names) {
-    const auto value = isCopied(name, accessLists) ? attributeValue(path, name, location) : std::nullopt;
+    const auto value = isCopied(name, which) ? attributeValue(path, name, location) : std::nullopt;
     if (!value || sys().fsetxattr(to, name.c_str(), value->data(), value->size()) == 0)
       continue;
     if (errno != EOPNOTSUPP || unsupported == Unsupported::Fail)
@@ -67,9 +68,10 @@ void copyAttributes(const std::string& path, const std::vector<std::string>& nam
   }
 }
 
-void dropAccessLists(int file) noexcept {
-  sys().fremovexattr(file, accessListName.data());
-  sys().fremovexattr(file, defaultListName.data());  // of a folder
+bool dropAccessList(int file, std::string_view name) noexcept {
+  // Mostly there is none, and to ask is cheaper than to try.
+  const bool isThere = sys().fgetxattr(file, name.data(), nullptr, 0) > 0;
+  return !isThere || sys().fremovexattr(file, name.data()) == 0;
 }
 
 }  // namespace foundation::storage::backend::local::detail

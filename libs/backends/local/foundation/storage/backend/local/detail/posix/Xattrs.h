@@ -25,17 +25,23 @@ std::vector<std::string> attributeNames(const std::string& path, const provider:
 std::optional<std::string> attributeValue(const std::string& path, const std::string& name,
                                           const provider::StorageIRI& location);
 
-enum class AccessLists { Copy, LeaveOut };
+/// Which are copied.
+enum class Attributes {
+  All,          ///< users' own (user.*) and the administrator's (trusted.*)
+  AccessLists,  ///< with them the group's permissions, where an access list says what these are
+};
 /// What becomes of attributes where the file system has none of their kind.
 enum class Unsupported { Fail, LeaveOut };
 
-/// Gives an open file the attributes of what is at `path`: users' own (user.*), the administrator's (trusted.*) and the
-/// access control lists. What only the system may decide (security.*) it decides by itself for every file. Where
-/// nothing is at `path` any more, there is nothing to give. Throws `Exception` with `location` where it cannot.
-void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, AccessLists accessLists,
+/// Gives an open file attributes of what is at `path`. What only the system may decide (security.*) it decides by
+/// itself for every file. Where nothing is at `path` any more, there is nothing to give. Throws `Exception` with
+/// `location` where it cannot.
+void copyAttributes(const std::string& path, const std::vector<std::string>& names, int to, Attributes which,
                     Unsupported unsupported, const provider::StorageIRI& location);
 
-/// Takes the access control lists from an open file that its folder has given it.
-void dropAccessLists(int file) noexcept;
+/// Takes the access control list of that name from an open file, which its folder may have given it.
+/// @param name  ends in NUL
+/// @return whether there is none now; errno says why not
+bool dropAccessList(int file, std::string_view name) noexcept;
 
 }  // namespace foundation::storage::backend::local::detail
