@@ -153,7 +153,9 @@ std::pair<std::optional<std::string>, Arguments> takeConfiguration(const Argumen
 
 int run(const std::vector<std::string>& given) {
   const auto all = commands();
-  const auto [configuration, arguments] = takeConfiguration(given);
+  const auto taken = takeConfiguration(given);
+  const auto& configuration = taken.first;
+  const auto& arguments = taken.second;
   const auto chosen = std::find_if(all.begin(), all.end(), [&](const Command& command) {
     return !arguments.empty() && command.name == arguments.front();
   });
