@@ -54,9 +54,9 @@ StorageIRI writtenLocation(const StorageItem& item) {
 }
 
 StorageIRI physicalLocation(const StorageIRI& location) {
-  const auto text = location.toString();
-  auto physical = provider::getPhysicalURLFromFilteringURL(text);
-  return physical == text ? location : StorageIRI(std::move(physical));
+  if (location.getScheme().find(u'+') == std::u16string::npos)
+    return location;
+  return StorageIRI(provider::getPhysicalURLFromFilteringURL(location.toString()));
 }
 
 bool contains(const StorageIRI& filteredFolder, const StorageIRI& filteredLocation) {
