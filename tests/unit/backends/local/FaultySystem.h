@@ -70,10 +70,10 @@ class FaultySystem {
                       &Calls::fileFlags, &Calls::setFileFlags, &Calls::fstat, &Calls::fstatat, &Calls::faccessat,
                       &Calls::readlinkat, &Calls::realpath, &Calls::statvfs, &Calls::fileSystemType, &Calls::inodeFlags,
                       &Calls::mkdirat, &Calls::mknodat, &Calls::symlinkat, &Calls::linkat, &Calls::unlinkat,
-                      &Calls::renameat, &Calls::chmod, &Calls::fchmod, &Calls::fchmodat, &Calls::fchownat,
-                      &Calls::fchown, &Calls::utimensat, &Calls::futimens, &Calls::listxattr, &Calls::getxattr,
-                      &Calls::fsetxattr, &Calls::fgetxattr, &Calls::fremovexattr, &Calls::eventfd, &Calls::poll,
-                      &Calls::inotifyInit, &Calls::inotifyAddWatch, &Calls::inotifyRemoveWatch>();
+                      &Calls::renameat, &Calls::chmod, &Calls::fchmod, &Calls::fchownat, &Calls::fchown,
+                      &Calls::utimensat, &Calls::futimens, &Calls::listxattr, &Calls::getxattr, &Calls::fsetxattr,
+                      &Calls::fgetxattr, &Calls::fremovexattr, &Calls::eventfd, &Calls::poll, &Calls::inotifyInit,
+                      &Calls::inotifyAddWatch, &Calls::inotifyRemoveWatch>();
   }
 
   static inline std::atomic<int> left = -1;

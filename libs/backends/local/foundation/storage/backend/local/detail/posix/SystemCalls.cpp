@@ -74,7 +74,6 @@ constexpr SystemCalls makeRealSystemCalls() {
   calls.renameat = ::renameat2;
   calls.chmod = ::chmod;
   calls.fchmod = ::fchmod;
-  calls.fchmodat = [](int folder, const char* path, mode_t mode) noexcept { return ::fchmodat(folder, path, mode, 0); };
   calls.fchownat = ::fchownat;
   calls.fchown = ::fchown;
   calls.utimensat = ::utimensat;

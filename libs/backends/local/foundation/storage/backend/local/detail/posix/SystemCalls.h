@@ -51,7 +51,6 @@ struct SystemCalls {
   SystemCall<int(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags)> renameat;
   SystemCall<int(const char* path, mode_t mode)> chmod;
   SystemCall<int(int file, mode_t mode)> fchmod;
-  SystemCall<int(int folder, const char* path, mode_t mode)> fchmodat;
   SystemCall<int(int folder, const char* path, uid_t owner, gid_t group, int flags)> fchownat;
   SystemCall<int(int file, uid_t owner, gid_t group)> fchown;
   SystemCall<int(int folder, const char* path, const timespec* times, int flags)> utimensat;
