@@ -19,8 +19,12 @@ class ContentReader {
   /// @return the number of bytes; 0 at the end, and then the checksum was right where there is one
   virtual std::size_t read(char* buffer, std::size_t count) = 0;
 
-  /// Goes to a position, up to the end of the content, where that costs nothing.
-  /// @return false where it would: nothing has happened then
+  /// Whether `seek` goes anywhere.
+  virtual bool isSeekable() const { return false; }
+
+  /// Goes to a position, up to the end of the content, where that costs nothing; at least to the beginning where the
+  /// reader can begin anew by itself.
+  /// @return false where it does not: nothing has happened then
   virtual bool seek(std::uint64_t position) {
     static_cast<void>(position);
     return false;

@@ -5,7 +5,6 @@
 #include <foundation/storage/backend/memory/detail/FileCopy.h>
 #include <foundation/storage/backend/memory/detail/MemoryByteStream.h>
 #include <foundation/storage/backend/support/EntryList.h>
-#include <foundation/storage/backend/support/FilteredListing.h>
 #include <foundation/storage/backend/support/Options.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
@@ -26,16 +25,6 @@ using provider::ExistenceType;
 using provider::ExtendedFeature;
 
 namespace {
-
-// What the listings give.
-constexpr ListingScope all{};
-constexpr ListingScope files{.only = Kind::File};
-constexpr ListingScope folders{.only = Kind::Folder};
-constexpr ListingScope allNames{.givesAttributes = false};
-constexpr ListingScope fileNames{.only = Kind::File, .givesAttributes = false};
-constexpr ListingScope folderNames{.only = Kind::Folder, .givesAttributes = false};
-constexpr ListingScope tree{.isRecursive = true};
-constexpr ListingScope treeNames{.isRecursive = true, .givesAttributes = false};
 
 MemoryByteStream::Mode modeOf(const ByteStreamOpenOptions& options) {
   return options.append == ByteStreamAppend::Append ? MemoryByteStream::Mode::Appending
@@ -139,81 +128,9 @@ std::unique_ptr<provider::TransactionalStream> MemoryProvider::doOpenTransaction
   return std::make_unique<provider::GenericTransactionalStream<ByteStream>>(std::move(stream), finish);
 }
 
-MemoryProvider::Listing MemoryProvider::list(const StorageIRI& location, const ListingScope& scope) const {
+MemoryProvider::Listing MemoryProvider::list(const StorageIRI& location, const support::ListingScope& scope) const {
   return std::make_unique<support::EntryList>(
       [entries = tree_, folder = place(location), scope] { return entries->list(folder, scope); });
-}
-
-MemoryProvider::Listing MemoryProvider::list(const StorageIRI& location, const ListingScope& scope,
-                                             const std::u16string& wildcard) const {
-  return std::make_unique<support::FilteredListing>(list(location, scope), support::Wildcard(wildcard));
-}
-
-MemoryProvider::Listing MemoryProvider::doListAll(const StorageIRI& location) const { return list(location, all); }
-
-MemoryProvider::Listing MemoryProvider::doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const {
-  return list(location, all, wildcard);
-}
-
-MemoryProvider::Listing MemoryProvider::doListFiles(const StorageIRI& location) const { return list(location, files); }
-
-MemoryProvider::Listing MemoryProvider::doListFilesWildcards(const StorageIRI& location,
-                                                             std::u16string wildcard) const {
-  return list(location, files, wildcard);
-}
-
-MemoryProvider::Listing MemoryProvider::doListFolders(const StorageIRI& location) const {
-  return list(location, folders);
-}
-
-MemoryProvider::Listing MemoryProvider::doListFoldersWildcards(const StorageIRI& location,
-                                                               std::u16string wildcard) const {
-  return list(location, folders, wildcard);
-}
-
-MemoryProvider::Listing MemoryProvider::doListAllNamesOnly(const StorageIRI& location) const {
-  return list(location, allNames);
-}
-
-MemoryProvider::Listing MemoryProvider::doListAllNamesOnlyWildcards(const StorageIRI& location,
-                                                                    std::u16string wildcard) const {
-  return list(location, allNames, wildcard);
-}
-
-MemoryProvider::Listing MemoryProvider::doListFoldersNamesOnly(const StorageIRI& location) const {
-  return list(location, folderNames);
-}
-
-MemoryProvider::Listing MemoryProvider::doListFoldersNamesOnlyWildcards(const StorageIRI& location,
-                                                                        std::u16string wildcard) const {
-  return list(location, folderNames, wildcard);
-}
-
-MemoryProvider::Listing MemoryProvider::doListFilesNamesOnly(const StorageIRI& location) const {
-  return list(location, fileNames);
-}
-
-MemoryProvider::Listing MemoryProvider::doListFilesNamesOnlyWildcards(const StorageIRI& location,
-                                                                      std::u16string wildcard) const {
-  return list(location, fileNames, wildcard);
-}
-
-MemoryProvider::Listing MemoryProvider::doListAllRecursive(const StorageIRI& location) const {
-  return list(location, tree);
-}
-
-MemoryProvider::Listing MemoryProvider::doListAllRecursiveWildcards(const StorageIRI& location,
-                                                                    std::u16string wildcard) const {
-  return list(location, tree, wildcard);
-}
-
-MemoryProvider::Listing MemoryProvider::doListAllRecursiveNamesOnly(const StorageIRI& location) const {
-  return list(location, treeNames);
-}
-
-MemoryProvider::Listing MemoryProvider::doListAllRecursiveNamesOnlyWildcards(const StorageIRI& location,
-                                                                             std::u16string wildcard) const {
-  return list(location, treeNames, wildcard);
 }
 
 void MemoryProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destination,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/storage/backend/memory/detail/Tree.h>
+#include <foundation/storage/backend/support/ListingProvider.h>
 #include <foundation/storage/provider/IConfigurableProvider.h>
 #include <foundation/storage/provider/extensions/IFileIdentity.h>
 
@@ -11,7 +12,8 @@
 namespace foundation::storage::backend::memory::detail {
 
 /// One store in memory; `MemoryProviderFactory` says how it behaves.
-class MemoryProvider final : public provider::IConfigurableProvider, public provider::extensions::IFileIdentity {
+class MemoryProvider final : public support::ListingProvider<provider::IConfigurableProvider>,
+                             public provider::extensions::IFileIdentity {
  public:
   /// @param root  as `rootOf` gives it
   explicit MemoryProvider(provider::StorageIRI root);
@@ -40,22 +42,7 @@ class MemoryProvider final : public provider::IConfigurableProvider, public prov
   /// Refuses a target that is not writable, as a plain stream does, and a folder.
   std::unique_ptr<provider::TransactionalStream> doOpenTransactionalStream(
       const StorageIRI& location, const provider::ByteStreamOpenOptions& options) const override;
-  Listing doListAll(const StorageIRI& location) const override;
-  Listing doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const override;
-  Listing doListFiles(const StorageIRI& location) const override;
-  Listing doListFilesWildcards(const StorageIRI& location, std::u16string wildcard) const override;
-  Listing doListFolders(const StorageIRI& location) const override;
-  Listing doListFoldersWildcards(const StorageIRI& location, std::u16string wildcard) const override;
-  Listing doListAllNamesOnly(const StorageIRI& location) const override;
-  Listing doListAllNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override;
-  Listing doListFoldersNamesOnly(const StorageIRI& location) const override;
-  Listing doListFoldersNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override;
-  Listing doListFilesNamesOnly(const StorageIRI& location) const override;
-  Listing doListFilesNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override;
-  Listing doListAllRecursive(const StorageIRI& location) const override;
-  Listing doListAllRecursiveWildcards(const StorageIRI& location, std::u16string wildcard) const override;
-  Listing doListAllRecursiveNamesOnly(const StorageIRI& location) const override;
-  Listing doListAllRecursiveNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override;
+  Listing list(const StorageIRI& location, const support::ListingScope& scope) const override;
   void doCopyFile(const StorageIRI& source, const StorageIRI& destination,
                   const ReplacementPolicy& policy) const override;
   provider::TransactionStatus doCopyFileAtomic(const StorageIRI& source, const StorageIRI& destination,
@@ -74,8 +61,6 @@ class MemoryProvider final : public provider::IConfigurableProvider, public prov
   std::u16string doGetFileIdentity(const StorageIRI& location) const override;
 
   Place place(const StorageIRI& location) const { return placeIn(root_, location); }
-  Listing list(const StorageIRI& location, const ListingScope& scope) const;
-  Listing list(const StorageIRI& location, const ListingScope& scope, const std::u16string& wildcard) const;
 
   const StorageIRI root_;
   /// Kept by listings, too, which may outlive the provider.

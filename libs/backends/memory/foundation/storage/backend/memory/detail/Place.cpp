@@ -3,6 +3,7 @@
 #include <fl/i18n/Case.h>
 #include <foundation/network/IRIArgs.h>
 #include <foundation/storage/backend/memory/detail/Failure.h>
+#include <foundation/storage/backend/support/PathNames.h>
 
 namespace foundation::storage::backend::memory::detail {
 
@@ -40,15 +41,7 @@ StorageIRI rootOf(const StorageIRI& location) {
 Place placeIn(const StorageIRI& root, const StorageIRI& location) {
   if (rootOf(location) != root)
     throw refusal(ErrorCode::InvalidLocation, location, u"This is a place in another store");
-  Place place{location, {}};
-  std::u16string_view rest = location.getResolvedPath();
-  while (!rest.empty()) {
-    const auto end = rest.find(u'/');
-    if (end > 0)
-      place.names.emplace_back(rest.substr(0, end));
-    rest.remove_prefix(end == rest.npos ? rest.size() : end + 1);
-  }
-  return place;
+  return {location, support::pathNames(location)};
 }
 
 }  // namespace foundation::storage::backend::memory::detail

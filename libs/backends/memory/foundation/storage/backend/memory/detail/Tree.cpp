@@ -286,12 +286,12 @@ void Tree::put(const File& copy, const FileContent& source, const Place& destina
   parent.lastModified = now();
 }
 
-std::vector<FolderEntry> Tree::list(const Place& place, const ListingScope& scope) const {
+std::vector<FolderEntry> Tree::list(const Place& place, const support::ListingScope& scope) const {
   const std::shared_lock lock(mutex_);
   std::vector<FolderEntry> entries;
   visitBelow(require(place, Kind::Folder), scope.isRecursive,
              [&](const std::u16string& path, const std::u16string& name, const Node& node) {
-               if (!scope.only || isOfKind(node, *scope.only))
+               if (scope.includes(node.isFolder() ? Kind::Folder : Kind::File))
                  entries.push_back(entryOf(path, name, node, scope.givesAttributes));
              });
   return entries;

@@ -3,6 +3,7 @@
 #include <foundation/storage/backend/memory/detail/Node.h>
 #include <foundation/storage/backend/memory/detail/Place.h>
 #include <foundation/storage/backend/memory/detail/Space.h>
+#include <foundation/storage/backend/support/ListingScope.h>
 #include <foundation/storage/provider/ByteStreamOpenOptions.h>
 #include <foundation/storage/provider/FileAttributes.h>
 #include <foundation/storage/provider/FolderAttributes.h>
@@ -19,14 +20,7 @@
 
 namespace foundation::storage::backend::memory::detail {
 
-enum class Kind { File, Folder };
-
-/// What a listing is to give.
-struct ListingScope {
-  std::optional<Kind> only = std::nullopt;
-  bool isRecursive = false;
-  bool givesAttributes = true;
-};
+using Kind = provider::FolderEntry::EntryType;
 
 /// The entries of one store. Every operation is done as a whole or not at all, and alone, but for those that
 /// only look. Any number of threads may use it.
@@ -69,7 +63,7 @@ class Tree {
   void put(const File& copy, const FileContent& source, const Place& destination, provider::ReplacementPolicy policy);
 
   /// The entries of a folder, in the order of their names; a folder before what it holds.
-  std::vector<provider::FolderEntry> list(const Place& place, const ListingScope& scope) const;
+  std::vector<provider::FolderEntry> list(const Place& place, const support::ListingScope& scope) const;
 
  private:
   Node* find(const Place& place) const;

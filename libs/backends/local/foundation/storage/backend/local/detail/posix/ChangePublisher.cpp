@@ -1,7 +1,7 @@
 #include <foundation/storage/backend/local/detail/posix/ChangePublisher.h>
 
 #include <fl/i18n/Convert.h>
-#include <foundation/storage/backend/local/detail/posix/Log.h>
+#include <foundation/storage/backend/support/Log.h>
 
 #include <boost/property_tree/ptree.hpp>
 
@@ -56,7 +56,7 @@ void ChangePublisher::call(Kind kind, const StorageIRI& subject, EntryType type)
   try {
     callback_(kind, watched_, subject, type, {});
   } catch (...) {
-    logCaughtFailure("Error in checking for changes.");
+    support::logCaughtFailure("Error in checking for changes.");
   }
 }
 

@@ -3,9 +3,9 @@
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/EntryState.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Log.h>
 #include <foundation/storage/backend/local/detail/posix/SubscriptionFailure.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+#include <foundation/storage/backend/support/Log.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -36,7 +36,7 @@ void attempt(WatchedTree& tree, const Action& action) {
   try {
     action();
   } catch (...) {
-    logCaughtFailure("Error in checking for changes.");
+    support::logCaughtFailure("Error in checking for changes.");
     tree.setUncertain();
   }
 }
@@ -125,7 +125,7 @@ void ChangeWatcher::run() noexcept {
       awaitEvents();
       handleEvents();
     } catch (...) {
-      logCaughtFailure("Error in checking for changes.");
+      support::logCaughtFailure("Error in checking for changes.");
       doubtAll();
     }
   }

@@ -4,10 +4,10 @@
 #include <foundation/storage/backend/local/detail/posix/EntryCopy.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
 #include <foundation/storage/backend/local/detail/posix/FolderRemoval.h>
-#include <foundation/storage/backend/local/detail/posix/Log.h>
 #include <foundation/storage/backend/local/detail/posix/Places.h>
 #include <foundation/storage/backend/local/detail/posix/Status.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
+#include <foundation/storage/backend/support/Log.h>
 #include <foundation/storage/provider/ScratchFiles.h>
 
 #include <cerrno>
@@ -47,7 +47,7 @@ class ScratchEntry {
       else if (errno != ENOENT)
         throw systemFailure(errno, "stat", location_);
     } catch (...) {
-      logCaughtFailure("What a failed move has copied could not be removed.");
+      support::logCaughtFailure("What a failed move has copied could not be removed.");
     }
   }
 

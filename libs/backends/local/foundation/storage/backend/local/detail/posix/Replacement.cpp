@@ -3,11 +3,11 @@
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/NativePath.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Log.h>
 #include <foundation/storage/backend/local/detail/posix/Permissions.h>
 #include <foundation/storage/backend/local/detail/posix/Rename.h>
 #include <foundation/storage/backend/local/detail/posix/SystemCalls.h>
 #include <foundation/storage/backend/local/detail/posix/Xattrs.h>
+#include <foundation/storage/backend/support/Log.h>
 #include <foundation/storage/provider/ScratchFiles.h>
 
 #include <algorithm>
@@ -51,7 +51,8 @@ Replacement::~Replacement() {
   try {
     abort();
   } catch (...) {
-    logCaughtFailure("A scratch file could not be removed.");  // its name says what it is, so that it can be swept
+    support::logCaughtFailure(
+        "A scratch file could not be removed.");  // its name says what it is, so that it can be swept
   }
 }
 

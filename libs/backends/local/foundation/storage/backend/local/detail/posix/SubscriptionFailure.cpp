@@ -2,7 +2,7 @@
 
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/detail/posix/Failure.h>
-#include <foundation/storage/backend/local/detail/posix/Log.h>
+#include <foundation/storage/backend/support/Log.h>
 #include <foundation/storage/provider/ChangeEventsSubscriptionException.h>
 #include <foundation/storage/provider/LogText.h>
 
@@ -57,7 +57,7 @@ provider::Exception watchFailure(int error, const char* call, const StorageIRI& 
   if (setting.empty())
     return systemFailure(error, call, location);
   const auto reason = systemMessage(error).append(": ").append(setting);
-  logError("Changes of " + toLogText(location) + " cannot be watched: " + reason);
+  support::logError("Changes of " + toLogText(location) + " cannot be watched: " + reason);
   provider::Exception failure(provider::ErrorCode::InternalError, location);
   const auto contexts = systemContexts(error, call, location);
   const auto info = contexts.front().getExceptionContextInfo();

@@ -1,9 +1,9 @@
-#include <foundation/storage/backend/local/detail/posix/Log.h>
+#include <foundation/storage/backend/support/Log.h>
 
 #include <foundation/log/DiagnosticLogger.h>
 #include <foundation/log/detail/ExceptionChain.h>
 
-namespace foundation::storage::backend::local::detail {
+namespace foundation::storage::backend::support {
 namespace {
 
 const log::diagnostic_logger& logger() {
@@ -24,4 +24,4 @@ void logCaughtFailure(const char* what) noexcept {
   }
 }
 
-}  // namespace foundation::storage::backend::local::detail
+}  // namespace foundation::storage::backend::support

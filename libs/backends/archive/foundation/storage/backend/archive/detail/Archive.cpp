@@ -1,0 +1,555 @@
+#include <foundation/storage/backend/archive/detail/Archive.h>
+
+#include <foundation/storage/backend/archive/detail/Commit.h>
+#include <foundation/storage/backend/archive/detail/Failure.h>
+#include <foundation/storage/backend/archive/detail/Format.h>
+#include <foundation/storage/backend/support/Log.h>
+#include <foundation/storage/backend/support/PathNames.h>
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <utility>
+
+namespace foundation::storage::backend::archive::detail {
+
+using provider::ErrorCode;
+using provider::ExistenceTypeExtended;
+using provider::FileAttributes;
+using provider::FolderAttributes;
+using provider::FolderEntry;
+using provider::ReplacementPolicy;
+using provider::StorageIRI;
+
+namespace {
+
+bool isHidden(const std::u16string& name) { return name.starts_with(u'.'); }
+
+std::u16string nameOf(const Place& place) { return place.names.empty() ? std::u16string() : place.names.back(); }
+
+bool is(const Node& node, FileOrFolder what) { return node.isFolder() == (what == FileOrFolder::Folder); }
+
+std::optional<std::uint64_t> sizeOf(const Node& node) {
+  if (node.staged)
+    return node.staged->size();
+  return node.kind == EntryKind::File ? node.size : std::nullopt;
+}
+
+FileAttributes attributesOfFile(const std::u16string& name, const Node& node) {
+  FileAttributes attributes(sizeOf(node), node.time(), node.isWritable());
+  return attributes.withHiddenAttribute(isHidden(name)).withSymlinkStatusAttribute(node.kind == EntryKind::Link);
+}
+
+FolderAttributes attributesOfFolder(const std::u16string& name, const Node& node) {
+  FolderAttributes attributes(node.lastModified, node.isWritable());
+  return attributes.withHiddenAttribute(isHidden(name));
+}
+
+/// Whether an entry lies below another one, at any depth.
+bool isBelow(const Place& place, const Place& folder) {
+  return place.names.size() > folder.names.size() &&
+         std::equal(folder.names.begin(), folder.names.end(), place.names.begin());
+}
+
+provider::Exception obstacleAt(const StorageIRI& location, Tree::Obstacle obstacle) {
+  switch (obstacle) {
+    case Tree::Obstacle::File:
+      return refusal(ErrorCode::InvalidLocation, location, u"The path leads through a file");
+    case Tree::Obstacle::Outside:
+      return refusal(ErrorCode::InvalidLocation, location, u"A link leads out of the archive");
+    case Tree::Obstacle::LinkLoop:
+      return refusal(ErrorCode::InvalidLocation, location, u"Too many links follow each other");
+    default:
+      return refusal(ErrorCode::ResourceNotFound, location, u"There is no folder that could hold it");
+  }
+}
+
+void touch(Node& folder) {
+  folder.lastModified = now();
+  folder.hasNewTime = true;
+}
+
+std::size_t depthOf(const StorageIRI& location) {
+  return location.hasInnerIRI() ? 1 + depthOf(location.getInnerIRI()) : 0;
+}
+
+/// An archive that is to be made.
+class NoEntries final : public StoredArchive {
+ public:
+  const std::vector<Entry>& entries() const override { return entries_; }
+  std::unique_ptr<ContentReader> open(std::size_t /*number*/) const override {
+    throw damage("the archive holds nothing");
+  }
+
+ private:
+  std::vector<Entry> entries_;
+};
+
+}  // namespace
+
+Archive::Archive(ArchiveFormat format, provider::StorageItem container, StorageIRI root)
+    : format_(format), container_(std::make_shared<Container>(std::move(container))), root_(std::move(root)) {}
+
+Archive::~Archive() {
+  try {
+    if (isChanged_)
+      commit();
+  } catch (...) {
+    support::logCaughtFailure("Changes of an archive could not be written, and are lost.");
+  }
+}
+
+bool Archive::isWritten() const { return detail::isWritten(format_); }
+
+void Archive::configure(const Configuration& configuration) {
+  const std::scoped_lock lock(mutex_);
+  configuration_ = configuration;
+  if (!isChanged_)
+    forget();
+}
+
+// --- Reading the archive ---
+
+void Archive::requireNesting() const {
+  if (depthOf(root_) > configuration_.limits.nesting)
+    throw Fault(ErrorCode::InvalidLocation,
+                "the archive lies in more archives than the option max-nesting allows, which is " +
+                    std::to_string(configuration_.limits.nesting));
+}
+
+/// @return whether there is an archive
+bool Archive::load() const {
+  if (tree_)
+    return true;
+  requireNesting();
+  const auto stamp = container_->stamp();
+  if (!stamp) {
+    if (container_->item().folderExists())
+      throw Fault(ErrorCode::InvalidLocation, "this is a folder, and no archive");
+    return false;
+  }
+  auto stored = readArchive(format_, container_, configuration_.limits);
+  auto tree = std::make_unique<Tree>(*stored, stamp->lastModified);
+  stored_ = std::move(stored);
+  tree_ = std::move(tree);
+  stamp_ = stamp;
+  return true;
+}
+
+void Archive::forget() const {
+  tree_.reset();
+  stored_.reset();
+  stamp_.reset();
+  container_->forgetStreams();
+}
+
+std::shared_lock<std::shared_mutex> Archive::lockToLook() const {
+  for (;;) {
+    std::shared_lock lock(mutex_);
+    if (tree_)
+      return lock;
+    lock.unlock();
+    const std::scoped_lock exclusive(mutex_);
+    if (!at(root_, [&] { return load(); }))
+      return {};
+  }
+}
+
+void Archive::requireThere(const StorageIRI& location) const {
+  if (!tree_)
+    throw refusal(ErrorCode::ResourceNotFound, location, u"There is no such archive");
+}
+
+std::unique_lock<std::shared_mutex> Archive::lockToChange(const StorageIRI& location) {
+  if (!isWritten())
+    throw refusal(ErrorCode::ReadOnlyProvider, location, u"Archives of this format are not written");
+  std::unique_lock lock(mutex_);
+  at(root_, [&] { return load(); });
+  return lock;
+}
+
+// --- Finding ---
+
+Node* Archive::find(const Place& place, AtEnd atEnd) const {
+  return tree_ ? tree_->find(place.names, atEnd).node : nullptr;
+}
+
+Node& Archive::require(const Place& place, AtEnd atEnd) const {
+  requireThere(place.location);
+  const auto found = tree_->find(place.names, atEnd);
+  if (found.obstacle != Tree::Obstacle::None)
+    throw obstacleAt(place.location, found.obstacle);
+  if (found.node == nullptr)
+    throw refusal(ErrorCode::ResourceNotFound, place.location, u"Nothing is there");
+  return *found.node;
+}
+
+Node& Archive::require(const Place& place, AtEnd atEnd, FileOrFolder what) const {
+  auto& node = require(place, atEnd);
+  if (!is(node, what))
+    throw refusal(ErrorCode::InvalidLocation, place.location,
+                  what == FileOrFolder::File ? u"This is a folder" : u"This is a file");
+  return node;
+}
+
+Tree::Found Archive::requireSpot(const Place& place, AtEnd atEnd) const {
+  requireThere(place.location);
+  auto found = tree_->find(place.names, atEnd);
+  if (found.obstacle != Tree::Obstacle::None)
+    throw obstacleAt(place.location, found.obstacle);
+  if (found.folder == nullptr)
+    throw refusal(ErrorCode::InvalidLocation, place.location, u"The root of an archive stays what it is");
+  return found;
+}
+
+Tree::Found Archive::requireWritableSpot(const Place& place, AtEnd atEnd) const {
+  auto found = requireSpot(place, atEnd);
+  if (!found.folder->isWritable())
+    throw refusal(ErrorCode::PermissionDenied, place.location, u"The folder that holds it is not writable");
+  return found;
+}
+
+// --- Looking ---
+
+ExistenceTypeExtended Archive::existence(const Place& place) const {
+  const auto lock = lockToLook();
+  const auto* node = find(place, AtEnd::KeepLink);
+  if (node == nullptr)
+    return ExistenceTypeExtended::None;
+  switch (node->kind) {
+    case EntryKind::File:
+      return ExistenceTypeExtended::RegularFile;
+    case EntryKind::Folder:
+      return ExistenceTypeExtended::RegularFolder;
+    case EntryKind::Special:
+      return ExistenceTypeExtended::SpecialFile;
+    case EntryKind::Link:
+      break;
+  }
+  const auto* target = find(place, AtEnd::FollowLink);
+  if (target == nullptr)
+    return ExistenceTypeExtended::BrokenSymlink;
+  return target->isFolder() ? ExistenceTypeExtended::SymlinkToFolder : ExistenceTypeExtended::SymlinkToFile;
+}
+
+FileAttributes Archive::fileAttributes(const Place& place) const {
+  const auto lock = lockToLook();
+  auto attributes = attributesOfFile(nameOf(place), require(place, AtEnd::FollowLink, FileOrFolder::File));
+  return attributes.withSymlinkStatusAttribute(require(place, AtEnd::KeepLink).kind == EntryKind::Link);
+}
+
+FolderAttributes Archive::folderAttributes(const Place& place) const {
+  const auto lock = lockToLook();
+  auto attributes = attributesOfFolder(nameOf(place), require(place, AtEnd::FollowLink, FileOrFolder::Folder));
+  return attributes.withSymlinkStatusAttribute(require(place, AtEnd::KeepLink).kind == EntryKind::Link);
+}
+
+provider::ProviderStorageInfo Archive::storageInfo(const Place& place) const {
+  const auto lock = lockToLook();
+  require(place, AtEnd::KeepLink);
+  return at(place.location, [&] {
+    const auto stamp = container_->stamp();
+    return provider::ProviderStorageInfo().withSpaceOccupied(stamp ? stamp->size : 0);
+  });
+}
+
+/// What a link leads to, null for a broken one; else the node itself.
+const Node* Archive::target(const Names& names) const { return tree_->find(names, AtEnd::FollowLink).node; }
+
+FolderEntry Archive::entryOf(const Names& folder, std::u16string path, const std::u16string& name, const Node& node,
+                             const support::ListingScope& scope) const {
+  const auto* shown = &node;
+  if (node.kind == EntryKind::Link) {
+    auto names = folder;
+    for (auto& below : support::pathNames(path))
+      names.push_back(std::move(below));
+    if (const auto* found = target(names))
+      shown = found;
+  }
+  if (!scope.givesAttributes)
+    return {std::move(path), shown->isFolder() ? FolderEntry::EntryType::Folder : FolderEntry::EntryType::File};
+  const bool isLink = node.kind == EntryKind::Link;
+  if (shown->isFolder())
+    return {std::move(path), attributesOfFolder(name, *shown).withSymlinkStatusAttribute(isLink)};
+  return {std::move(path), attributesOfFile(name, *shown).withSymlinkStatusAttribute(isLink)};
+}
+
+std::vector<FolderEntry> Archive::list(const Place& place, const support::ListingScope& scope) const {
+  const auto lock = lockToLook();
+  const auto& folder = require(place, AtEnd::FollowLink, FileOrFolder::Folder);
+  std::vector<FolderEntry> entries;
+  if (!scope.isRecursive)
+    entries.reserve(folder.children.size());
+  visitBelow(folder, scope.isRecursive, [&](const auto& path, const auto& name, const Node& node) {
+    auto entry = entryOf(place.names, path, name, node, scope);
+    if (scope.includes(entry.isFile() ? FileOrFolder::File : FileOrFolder::Folder))
+      entries.push_back(std::move(entry));
+  });
+  return entries;
+}
+
+Archive::Content Archive::contentOf(const Node& node) const {
+  return {node.staged, stored_, node.source.value_or(0), node.size, node.permissions};
+}
+
+Archive::Content Archive::content(const Place& place) const {
+  const auto lock = lockToLook();
+  const auto& node = require(place, AtEnd::FollowLink, FileOrFolder::File);
+  if (node.kind != EntryKind::File)
+    throw refusal(ErrorCode::UnsupportedOperation, place.location, u"This is a device or a pipe, and has no content");
+  return contentOf(node);
+}
+
+// --- Changing ---
+
+void Archive::finishChange(const StorageIRI& location) {
+  isChanged_ = true;
+  if (configuration_.commit == CommitTime::OnChange)
+    at(location, [&] { commit(); });
+}
+
+Node& Archive::insert(const Place& place, std::unique_ptr<Node> node, AtEnd atEnd) {
+  if (find(place, atEnd) != nullptr)
+    throw refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
+  const auto spot = requireWritableSpot(place, atEnd);
+  auto& inserted = *node;
+  spot.folder->children.insert_or_assign(spot.name, std::move(node));
+  touch(*spot.folder);
+  return inserted;
+}
+
+void Archive::createFile(const Place& place) {
+  const auto lock = lockToChange(place.location);
+  auto node = std::make_unique<Node>(EntryKind::File);
+  node->staged = std::make_shared<StagedContent>();
+  insert(place, std::move(node), AtEnd::KeepLink);
+  finishChange(place.location);
+}
+
+void Archive::createFolder(const Place& place) {
+  const auto lock = lockToChange(place.location);
+  if (!tree_ && place.names.empty()) {
+    stored_ = std::make_shared<NoEntries>();
+    tree_ = std::make_unique<Tree>(*stored_, now());
+  } else {
+    auto node = std::make_unique<Node>(EntryKind::Folder);
+    node->isCreated = true;
+    insert(place, std::move(node), AtEnd::KeepLink);
+  }
+  finishChange(place.location);
+}
+
+void Archive::remove(const Place& place, FileOrFolder what) {
+  const auto lock = lockToChange(place.location);
+  if (!require(place, AtEnd::KeepLink, what).children.empty())
+    throw refusal(ErrorCode::FolderNotEmpty, place.location, u"The folder is not empty");
+  const auto spot = requireWritableSpot(place, AtEnd::KeepLink);
+  spot.folder->children.erase(spot.name);
+  touch(*spot.folder);
+  finishChange(place.location);
+}
+
+void Archive::removeRecursively(const Place& place) {
+  const auto lock = lockToChange(place.location);
+  const auto& folder = require(place, AtEnd::KeepLink, FileOrFolder::Folder);
+  const auto spot = requireWritableSpot(place, AtEnd::KeepLink);
+  bool isRemovable = folder.isWritable() || folder.children.empty();
+  visitBelow(folder, true, [&](const auto&, const auto&, const Node& node) {
+    isRemovable = isRemovable && (node.isWritable() || node.children.empty());
+  });
+  if (!isRemovable)
+    throw refusal(ErrorCode::PermissionDenied, place.location, u"A folder in it that is not empty is not writable");
+  spot.folder->children.erase(spot.name);
+  touch(*spot.folder);
+  finishChange(place.location);
+}
+
+void Archive::requireMoveDestination(const Node& moved, const Tree::Found& to, const Place& destination,
+                                     ReplacementPolicy policy) const {
+  if (to.node == nullptr)
+    return;
+  if (preservesExisting(policy))
+    throw refusal(ErrorCode::ResourceAlreadyExists, destination.location, u"Something is there already");
+  if (to.node->isFolder() != moved.isFolder())
+    throw refusal(ErrorCode::InvalidLocation, destination.location,
+                  to.node->isFolder() ? u"This is a folder" : u"This is a file");
+  if (!to.node->children.empty())
+    throw refusal(ErrorCode::FolderNotEmpty, destination.location, u"The folder is not empty");
+}
+
+void Archive::move(const Place& source, const Place& destination, ReplacementPolicy policy, FileOrFolder what) {
+  const auto lock = lockToChange(source.location);
+  const auto& moved = require(source, AtEnd::KeepLink, what);
+  if (isBelow(destination, source) || source.names.empty())
+    throw refusal(ErrorCode::InvalidLocation, destination.location, u"A folder cannot be moved into itself");
+  const auto to = requireSpot(destination, AtEnd::KeepLink);
+  if (to.node == &moved) {
+    if (preservesExisting(policy))
+      throw refusal(ErrorCode::ResourceAlreadyExists, destination.location, u"This is the source itself");
+    return;
+  }
+  requireMoveDestination(moved, to, destination, policy);
+  const auto from = requireWritableSpot(source, AtEnd::KeepLink);
+  requireWritableSpot(destination, AtEnd::KeepLink);
+  auto newName = to.name;  // before anything changes: this may be short of memory
+  auto entry = from.folder->children.extract(from.name);
+  to.folder->children.erase(newName);
+  entry.key() = std::move(newName);
+  to.folder->children.insert(std::move(entry));
+  touch(*from.folder);
+  touch(*to.folder);
+  finishChange(source.location);
+}
+
+void Archive::setLastModified(const Place& place, const boost::posix_time::ptime& time) {
+  const auto lock = lockToChange(place.location);
+  auto& node = require(place, AtEnd::FollowLink);
+  node.lastModified = time;
+  node.hasNewTime = true;
+  node.isCreated = node.isFolder();
+  if (node.staged)
+    node.staged->setLastModified(time);
+  finishChange(place.location);
+}
+
+void Archive::setWritable(const Place& place, bool writable) {
+  const auto lock = lockToChange(place.location);
+  auto& node = require(place, AtEnd::FollowLink);
+  constexpr std::uint32_t everybody = 0222;
+  constexpr std::uint32_t owner = 0200;
+  node.permissions = writable ? node.permissions | owner : node.permissions & ~everybody;
+  node.hasNewPermissions = true;
+  node.isCreated = node.isFolder();
+  finishChange(place.location);
+}
+
+/// Makes the content of a file one that can be written to.
+void Archive::stage(Node& node, const StorageIRI& location, provider::ByteStreamTruncate truncate) {
+  const bool keeps = truncate == provider::ByteStreamTruncate::PreserveExisting;
+  if (node.staged && !keeps)
+    node.staged->resize(0);
+  if (node.staged)
+    return;
+  auto content = std::make_shared<StagedContent>();
+  if (keeps)
+    at(location, [&] {
+      std::array<char, 64 * 1024> buffer{};
+      const auto reader = stored_->open(*node.source);
+      while (const auto got = reader->read(buffer.data(), buffer.size()))
+        content->write(std::nullopt, buffer.data(), got);
+      content->setLastModified(node.lastModified);
+    });
+  node.staged = std::move(content);
+  node.source.reset();
+}
+
+std::shared_ptr<StagedContent> Archive::contentForWriting(const Place& place, provider::ByteStreamCreate create,
+                                                          provider::ByteStreamTruncate truncate) {
+  const auto lock = lockToChange(place.location);
+  if (create == provider::ByteStreamCreate::Create && find(place, AtEnd::FollowLink) == nullptr) {
+    auto created = std::make_unique<Node>(EntryKind::File);
+    created->staged = std::make_shared<StagedContent>();
+    auto content = insert(place, std::move(created), AtEnd::FollowLink).staged;
+    finishChange(place.location);
+    return content;
+  }
+  auto& node = require(place, AtEnd::FollowLink, FileOrFolder::File);
+  if (node.kind != EntryKind::File)
+    throw refusal(ErrorCode::UnsupportedOperation, place.location, u"This is a device or a pipe, and has no content");
+  if (!node.isWritable())
+    throw refusal(ErrorCode::PermissionDenied, place.location, u"The file is not writable");
+  stage(node, place.location, truncate);
+  isChanged_ = true;
+  return node.staged;
+}
+
+Tree::Found Archive::requireReplaceable(const Place& place, ReplacementPolicy policy, const Content* source) const {
+  auto found = requireSpot(place, AtEnd::FollowLink);
+  if (found.node == nullptr)
+    return requireWritableSpot(place, AtEnd::FollowLink);
+  if (preservesExisting(policy))
+    throw refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
+  if (found.node->isFolder())
+    throw refusal(ErrorCode::InvalidLocation, place.location, u"This is a folder");
+  const bool isSource = source != nullptr && (source->staged ? found.node->staged == source->staged
+                                                             : !found.node->staged && source->stored == stored_ &&
+                                                                   found.node->source == source->number);
+  if (isSource)
+    throw refusal(ErrorCode::InvalidLocation, place.location, u"A file cannot be copied onto itself");
+  if (!found.node->isWritable())
+    throw refusal(ErrorCode::PermissionDenied, place.location, u"The file is not writable");
+  return found;
+}
+
+void Archive::requireCanPut(const Place& destination, ReplacementPolicy policy, const Content* source) const {
+  if (!isWritten())
+    throw refusal(ErrorCode::ReadOnlyProvider, destination.location, u"Archives of this format are not written");
+  const auto lock = lockToLook();
+  requireReplaceable(destination, policy, source);
+}
+
+void Archive::put(const Content& copy, const Place& destination, ReplacementPolicy policy, const Content* source) {
+  const auto lock = lockToChange(destination.location);
+  const auto spot = requireReplaceable(destination, policy, source);
+  auto node = std::make_unique<Node>(EntryKind::File);
+  node->permissions = spot.node != nullptr ? spot.node->permissions : copy.permissions;
+  node->staged = copy.staged;
+  if (!copy.staged) {
+    // The archive may have been written meanwhile: then its entries have other numbers.
+    if (copy.stored != stored_)
+      throw refusal(ErrorCode::ResourceInUse, destination.location, u"The archive was written during the copy");
+    node->entry = node->source = copy.number;
+    node->size = copy.size;
+    node->hasNewTime = node->hasNewPermissions = true;
+  }
+  spot.folder->children.insert_or_assign(spot.name, std::move(node));
+  touch(*spot.folder);
+  finishChange(destination.location);
+}
+
+void Archive::noteWritten(const StorageIRI& location) {
+  const auto lock = lockToChange(location);
+  if (tree_)
+    finishChange(location);
+}
+
+// --- The stored archive ---
+
+void Archive::requireUnchangedByOthers() const {
+  if (container_->stamp() != stamp_)
+    throw Fault(ErrorCode::ResourceInUse, "somebody else has changed the archive since it was read");
+}
+
+void Archive::commit() {
+  requireUnchangedByOthers();
+  Commit commit(*tree_, stored_);
+  commit.write(format_, container_, configuration_.limits);
+  isChanged_ = commit.adopt();
+  stored_ = commit.written();
+  container_->forgetStreams();
+  stamp_ = container_->stamp();
+  container_->item().flushFilesystem();
+}
+
+void Archive::flush() {
+  const std::scoped_lock lock(mutex_);
+  at(root_, [&] {
+    if (isChanged_)
+      commit();
+    else
+      container_->item().flushFilesystem();
+  });
+}
+
+void Archive::invalidate() {
+  const std::scoped_lock lock(mutex_);
+  if (!isChanged_)
+    forget();
+}
+
+void Archive::close() {
+  flush();
+  invalidate();
+}
+
+}  // namespace foundation::storage::backend::archive::detail

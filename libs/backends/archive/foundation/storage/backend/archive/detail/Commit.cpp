@@ -1,0 +1,119 @@
+#include <foundation/storage/backend/archive/detail/Commit.h>
+
+#include <foundation/storage/backend/archive/detail/Format.h>
+#include <foundation/storage/backend/archive/detail/Output.h>
+#include <foundation/storage/backend/archive/detail/StagedReader.h>
+
+#include <fl/i18n/Convert.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace foundation::storage::backend::archive::detail {
+
+namespace {
+
+/// Whether a folder needs an entry of its own: the names of what it holds imply it, else.
+bool isWritten(const Node& node) { return !node.isFolder() || node.entry || node.isCreated || node.children.empty(); }
+
+}  // namespace
+
+Commit::Commit(Tree& tree, std::shared_ptr<const StoredArchive> stored) : tree_(tree), stored_(std::move(stored)) {
+  plan();
+}
+
+void Commit::plan() {
+  for (const auto number : tree_.hidden())
+    items_.push_back({nullptr, number, {}});
+  visitBelow(tree_.root(), true, [&](const std::u16string& path, const auto&, Node& node) {
+    if (isWritten(node))
+      items_.push_back({&node, node.entry.value_or(isNew), fl::i18n::to_string(path)});
+  });
+  std::stable_sort(items_.begin(), items_.end(),
+                   [](const Item& left, const Item& right) { return left.number < right.number; });
+}
+
+void Commit::write(ArchiveFormat format, const std::shared_ptr<Container>& container, const Limits& limits) {
+  const auto stream =
+      container->item().openTransactionalStream({.access = provider::ByteStreamAccess::WriteOnly,
+                                                 .create = provider::ByteStreamCreate::Create,
+                                                 .truncate = provider::ByteStreamTruncate::TruncateExisting,
+                                                 .append = provider::ByteStreamAppend::Overwrite});
+  Output output(*stream);
+  const auto writer = beginArchive(format, container, limits, stored_, output);
+  for (auto& item : items_)
+    put(item, *writer);
+  written_ = writer->finish();
+  output.flush();
+  stream->close(provider::StreamClosePolicy::Commit);
+}
+
+/// As it was, down to the byte, unless the entry was moved.
+std::string Commit::storedName(const Item& item) const {
+  const auto& old = stored_->entries()[item.number].name;
+  const auto names = parseEntryName(old);
+  if (item.node == nullptr || (names && formatEntryName(*names) == item.path))
+    return old;
+  return item.node->isFolder() ? item.path + '/' : item.path;
+}
+
+void Commit::put(Item& item, ArchiveWriter& writer) const {
+  if (item.node != nullptr && (item.node->staged || item.number == isNew))
+    return putFile(item, writer);
+  Takeover entry{item.number, storedName(item)};
+  if (item.node != nullptr && item.node->hasNewTime)
+    entry.lastModified = item.node->lastModified;
+  if (item.node != nullptr && item.node->hasNewPermissions)
+    entry.permissions = item.node->permissions;
+  writer.take(entry);
+}
+
+/// Or a folder, of which there is no entry yet.
+void Commit::putFile(Item& item, ArchiveWriter& writer) {
+  const auto& node = *item.node;
+  Entry entry;
+  entry.kind = node.kind;
+  entry.name = node.isFolder() ? item.path + '/' : item.path;
+  entry.permissions = node.permissions;
+  if (node.isFolder()) {
+    entry.lastModified = node.lastModified;
+    return writer.add(entry, nullptr);
+  }
+  // Whatever is written from here on makes it another revision.
+  item.revision = node.staged->revision();
+  entry.lastModified = node.staged->lastModified();
+  entry.size = node.staged->size();
+  StagedReader content(*node.staged);
+  writer.add(entry, &content);
+}
+
+bool Commit::adopt() {
+  std::vector<std::size_t> hidden;
+  bool isLeft = false;
+  for (std::size_t number = 0; number < items_.size(); ++number) {
+    if (items_[number].node == nullptr)
+      hidden.push_back(number);
+    else
+      isLeft = adopt(items_[number], number) || isLeft;
+  }
+  tree_.setHidden(std::move(hidden));
+  return isLeft;
+}
+
+bool Commit::adopt(const Item& item, std::size_t number) const {
+  auto& node = *item.node;
+  node.entry = number;
+  node.hasNewTime = node.hasNewPermissions = node.isCreated = false;
+  if (node.kind != EntryKind::File)
+    return false;
+  if (node.staged && (node.staged->isBeingWritten() || node.staged->revision() != item.revision))
+    return true;
+  const auto& entries = written_->entries();
+  node.source = entries[number].hardLinkTo.value_or(number);
+  node.size = entries[*node.source].size;
+  node.lastModified = node.time();
+  node.staged.reset();
+  return false;
+}
+
+}  // namespace foundation::storage::backend::archive::detail

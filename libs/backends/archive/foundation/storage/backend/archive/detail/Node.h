@@ -1,0 +1,55 @@
+#pragma once
+
+#include <foundation/storage/backend/archive/detail/Entry.h>
+#include <foundation/storage/backend/archive/detail/StagedContent.h>
+
+#include <boost/date_time/posix_time/ptime.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace foundation::storage::backend::archive::detail {
+
+/// An entry of the tree, as it is now, changes included. All of it is guarded by the archive's lock.
+struct Node {
+  using Children = std::map<std::u16string, std::unique_ptr<Node>>;
+
+  explicit Node(EntryKind nodeKind);
+  /// Takes what lies below apart level by level: a deep tree must not exhaust the stack.
+  ~Node();
+  Node(const Node&) = delete;
+  Node& operator=(const Node&) = delete;
+
+  bool isFolder() const { return kind == EntryKind::Folder; }
+  bool isWritable() const { return (permissions & 0222) != 0; }
+  boost::posix_time::ptime time() const { return staged ? staged->lastModified() : lastModified; }
+
+  EntryKind kind;
+  std::uint32_t permissions;
+  boost::posix_time::ptime lastModified = now();  ///< where there is no staged content
+
+  /// The number of the stored entry that this is made of; none for what is new, and for folders that names only imply.
+  std::optional<std::size_t> entry;
+  // What is no longer as that entry tells:
+  bool hasNewTime = false;
+  bool hasNewPermissions = false;
+  bool isCreated = false;  ///< a folder that is to be written though there is no entry of it
+
+  // Of a file: staged content, or stored one.
+  std::shared_ptr<StagedContent> staged;
+  std::optional<std::size_t> source;  ///< the number of the stored entry that has the content
+  std::optional<std::uint64_t> size;  ///< of stored content, in bytes
+  // Of a link:
+  std::optional<std::string> target;
+  // Of a folder:
+  Children children;
+
+ private:
+  std::unique_ptr<Node> nextDying_;  ///< a list of those to be taken apart; made of the nodes, as memory may be short
+};
+
+}  // namespace foundation::storage::backend::archive::detail

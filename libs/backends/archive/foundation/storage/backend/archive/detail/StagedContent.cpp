@@ -1,0 +1,108 @@
+#include <foundation/storage/backend/archive/detail/StagedContent.h>
+
+#include <foundation/storage/backend/archive/detail/Fault.h>
+
+#include <boost/date_time/posix_time/posix_time_types.hpp>
+
+#include <algorithm>
+#include <mutex>
+
+namespace foundation::storage::backend::archive::detail {
+
+boost::posix_time::ptime now() { return boost::posix_time::microsec_clock::universal_time(); }
+
+std::uint64_t StagedContent::size() const {
+  const std::shared_lock lock(mutex_);
+  return size_;
+}
+
+boost::posix_time::ptime StagedContent::lastModified() const {
+  const std::shared_lock lock(mutex_);
+  return lastModified_;
+}
+
+void StagedContent::setLastModified(const boost::posix_time::ptime& time) {
+  const std::scoped_lock lock(mutex_);
+  lastModified_ = time;
+  ++revision_;
+}
+
+std::size_t StagedContent::read(std::uint64_t position, char* buffer, std::size_t count) const {
+  const std::shared_lock lock(mutex_);
+  if (position >= size_)
+    return 0;
+  const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - position));
+  return file_ ? file_->read(position, buffer, wanted) : memory_.copy(buffer, wanted, position);
+}
+
+std::uint64_t StagedContent::write(std::optional<std::uint64_t> position, const char* bytes, std::size_t count) {
+  const std::scoped_lock lock(mutex_);
+  const auto begin = position.value_or(size_);
+  if (begin > maximumSize || count > maximumSize - begin)
+    throw Fault(provider::ErrorCode::FileTooLarge, "no file can be that long");
+  const auto end = begin + count;
+  reserve(std::max(end, size_));
+  if (file_)
+    file_->write(begin, bytes, count);
+  else
+    memory_.replace(begin, count, bytes, count);
+  size_ = std::max(size_, end);
+  noteChange();
+  return end;
+}
+
+/// Makes room for that many bytes, in zeros.
+void StagedContent::reserve(std::uint64_t size) {
+  if (!file_ && size > mostInMemory) {
+    file_.emplace();
+    try {
+      file_->write(0, memory_.data(), memory_.size());
+    } catch (...) {
+      file_.reset();
+      throw;
+    }
+    memory_ = std::string();
+  }
+  if (!file_ && memory_.size() < size)
+    memory_.resize(size);
+}
+
+void StagedContent::resize(std::uint64_t size) {
+  const std::scoped_lock lock(mutex_);
+  if (size > maximumSize)
+    throw Fault(provider::ErrorCode::FileTooLarge, "no file can be that long");
+  reserve(size);
+  if (file_)
+    file_->resize(size);
+  else
+    memory_.resize(size);
+  size_ = size;
+  noteChange();
+}
+
+void StagedContent::noteChange() {
+  lastModified_ = now();
+  ++revision_;
+}
+
+std::uint64_t StagedContent::revision() const {
+  const std::shared_lock lock(mutex_);
+  return revision_;
+}
+
+StagedContent::Writing::Writing(StagedContent& content) : content_(content) {
+  const std::scoped_lock lock(content_.mutex_);
+  ++content_.writers_;
+}
+
+StagedContent::Writing::~Writing() {
+  const std::scoped_lock lock(content_.mutex_);
+  --content_.writers_;
+}
+
+bool StagedContent::isBeingWritten() const {
+  const std::shared_lock lock(mutex_);
+  return writers_ > 0;
+}
+
+}  // namespace foundation::storage::backend::archive::detail

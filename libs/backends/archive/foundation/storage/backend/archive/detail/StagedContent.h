@@ -1,0 +1,74 @@
+#pragma once
+
+#include <foundation/storage/backend/archive/detail/posix/SpillFile.h>
+
+#include <boost/date_time/posix_time/ptime.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <shared_mutex>
+#include <string>
+
+namespace foundation::storage::backend::archive::detail {
+
+/// The present time, UTC.
+boost::posix_time::ptime now();
+
+/// New content of a file, which waits to be written into the archive: a little in memory, more in a temporary file.
+/// Any number of threads may use it. Operations throw `Fault` where the disk is full, or fails.
+class StagedContent {
+ public:
+  /// In bytes: what a position can express.
+  static constexpr std::uint64_t maximumSize = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+
+  std::uint64_t size() const;
+  boost::posix_time::ptime lastModified() const;
+  void setLastModified(const boost::posix_time::ptime& time);
+
+  /// @return the number of bytes read; 0 at the end and beyond it
+  std::size_t read(std::uint64_t position, char* buffer, std::size_t count) const;
+
+  /// Writes all; a gap before it reads as zeros.
+  /// @param position  none: at the end, whatever others write at the same time
+  /// @return where it ended
+  std::uint64_t write(std::optional<std::uint64_t> position, const char* bytes, std::size_t count);
+
+  /// Cuts off, or fills up with zeros.
+  void resize(std::uint64_t size);
+
+  /// Counts the changes, those of the time included.
+  std::uint64_t revision() const;
+
+  /// For as long as somebody may write, by a stream for example.
+  class Writing {
+   public:
+    explicit Writing(StagedContent& content);
+    Writing(const Writing&) = delete;
+    Writing& operator=(const Writing&) = delete;
+    ~Writing();
+
+   private:
+    StagedContent& content_;
+  };
+  bool isBeingWritten() const;
+
+ private:
+  static constexpr std::uint64_t mostInMemory = 1024 * 1024;
+
+  // Both without the lock.
+  void reserve(std::uint64_t size);
+  void noteChange();
+
+  /// Guards what follows; taken after the archive's lock.
+  mutable std::shared_mutex mutex_;
+  std::string memory_;  ///< all of it, as long as there is no file
+  std::optional<posix::SpillFile> file_;
+  std::uint64_t size_ = 0;
+  boost::posix_time::ptime lastModified_ = now();
+  std::uint64_t revision_ = 0;
+  std::size_t writers_ = 0;
+};
+
+}  // namespace foundation::storage::backend::archive::detail

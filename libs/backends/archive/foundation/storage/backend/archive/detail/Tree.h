@@ -1,0 +1,86 @@
+#pragma once
+
+#include <foundation/storage/backend/archive/detail/EntryName.h>
+#include <foundation/storage/backend/archive/detail/Node.h>
+#include <foundation/storage/backend/archive/detail/StoredArchive.h>
+
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace foundation::storage::backend::archive::detail {
+
+/// What becomes of a link at the end of a path.
+enum class AtEnd { FollowLink, KeepLink };
+
+/// The entries of an archive by their names. `ArchiveProviderFactory` says which entries are shown, and where links
+/// lead to. Has no lock of its own.
+class Tree {
+ public:
+  /// @param time  of what the archive tells no time of
+  /// Throws what the archive's readers throw, but for what is wrong with a single link.
+  Tree(const StoredArchive& archive, const boost::posix_time::ptime& time);
+
+  Node& root() { return root_; }
+  const Node& root() const { return root_; }
+
+  /// The numbers of the entries that are hidden, in ascending order: they stay in the archive when it is written anew.
+  /// Those that later ones of the same name replace are not among them.
+  const std::vector<std::size_t>& hidden() const { return hidden_; }
+  void setHidden(std::vector<std::size_t> hidden) { hidden_ = std::move(hidden); }
+
+  enum class Obstacle {
+    None,
+    Missing,   ///< a folder on the way is not there
+    File,      ///< something on the way is no folder
+    Outside,   ///< a link leads out of the archive
+    LinkLoop,  ///< more links follow each other than anybody needs
+  };
+  /// Where a path leads to.
+  struct Found {
+    Node* node = nullptr;
+    Node* folder = nullptr;  ///< that holds it, or could; null for the root, and for what a link finds by ".."
+    std::u16string name{};   ///< in that folder
+    Obstacle obstacle = Obstacle::None;
+  };
+  Found find(const Names& names, AtEnd atEnd) const;
+
+ private:
+  void add(const StoredArchive& archive, std::size_t number);
+  Node* makeFolders(const Names& names);
+  void fill(Node& node, const StoredArchive& archive, std::size_t number) const;
+
+  const boost::posix_time::ptime time_;
+  Node root_{EntryKind::Folder};
+  std::vector<std::size_t> hidden_;
+};
+
+/// Visits what lies below a folder, a folder before what it holds; without recursion, as trees may be deep.
+/// @param visit  gets the path relative to the folder, the name and the node
+template <class Folder, class Visit>
+void visitBelow(Folder& folder, bool isRecursive, const Visit& visit) {
+  struct Level {
+    std::size_t pathSize;
+    decltype(folder.children.begin()) next, end;
+  };
+  std::u16string path;  // of the folder being visited, with '/'
+  std::vector<Level> levels{{0, folder.children.begin(), folder.children.end()}};
+  while (!levels.empty()) {
+    auto& level = levels.back();
+    path.resize(level.pathSize);
+    if (level.next == level.end) {
+      levels.pop_back();
+      continue;
+    }
+    auto& [name, node] = *level.next++;
+    path += name;
+    visit(path, name, *node);
+    if (isRecursive && !node->children.empty()) {
+      path += u'/';
+      levels.push_back({path.size(), node->children.begin(), node->children.end()});
+    }
+  }
+}
+
+}  // namespace foundation::storage::backend::archive::detail

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <zlib.h>
+
+namespace foundation::storage::backend::archive::detail::zip {
+
+/// Compresses one content (RFC 1951), a part at a time.
+class Deflater {
+ public:
+  Deflater();
+  Deflater(const Deflater&) = delete;
+  Deflater& operator=(const Deflater&) = delete;
+  ~Deflater();
+
+  /// Appends what comes out of `bytes` to `out`.
+  void add(std::string_view bytes, std::string& out) { run(bytes, Z_NO_FLUSH, out); }
+  void finish(std::string& out) { run({}, Z_FINISH, out); }
+
+ private:
+  /// @param bytes  fewer than 2^32
+  void run(std::string_view bytes, int flush, std::string& out);
+
+  z_stream stream_{};
+};
+
+}  // namespace foundation::storage::backend::archive::detail::zip
