@@ -10,12 +10,20 @@ namespace foundation::storage::backend::archive::detail::library {
 struct FreeReader {
   void operator()(::archive* reader) const noexcept { archive_read_free(reader); }
 };
+struct FreeWriter {
+  /// Without writing anything more.
+  void operator()(::archive* writer) const noexcept {
+    archive_write_fail(writer);
+    archive_write_free(writer);
+  }
+};
 struct FreeEntry {
   void operator()(archive_entry* entry) const noexcept { archive_entry_free(entry); }
 };
 
 /// libarchive's own objects.
 using ReaderHandle = std::unique_ptr<::archive, FreeReader>;
+using WriterHandle = std::unique_ptr<::archive, FreeWriter>;
 using EntryHandle = std::unique_ptr<archive_entry, FreeEntry>;
 
 }  // namespace foundation::storage::backend::archive::detail::library

@@ -1,13 +1,10 @@
 #include <foundation/storage/backend/archive/detail/library/HardLinks.h>
 
 #include <algorithm>
-#include <string_view>
 
 namespace foundation::storage::backend::archive::detail::library {
-namespace {
 
-/// A name without the parts that mean nothing: "./a//b" is "a/b".
-std::string plain(std::string_view name) {
+std::string plainName(std::string_view name) {
   std::string result;
   while (!name.empty()) {
     const auto length = std::min(name.find('/'), name.size());
@@ -26,11 +23,10 @@ void becomeLinkTo(Entry& link, const Entry& content, std::size_t number) {
   link.kind = content.kind;
   link.isEncrypted = content.isEncrypted;
   link.linkTarget = content.linkTarget;
+  link.size = content.size;
   if (link.kind == EntryKind::File)
     link.hardLinkTo = number;
 }
-
-}  // namespace
 
 std::optional<std::size_t> contentOf(const SharedContent& shared, std::size_t number) {
   std::optional<std::size_t> content = number;
@@ -47,7 +43,7 @@ SharedContent resolve(std::vector<Entry>& entries, const std::vector<HardLink>& 
   auto link = links.begin();
   for (std::size_t number = 0; number < entries.size(); ++number) {
     if (link != links.end() && link->number == number) {
-      const auto found = last.find(plain(link->target));
+      const auto found = last.find(plainName(link->target));
       auto target = found != last.end() ? contentOf(shared, found->second) : std::nullopt;
       if (target && entries[*target].kind == EntryKind::Folder)
         target.reset();
@@ -59,7 +55,7 @@ SharedContent resolve(std::vector<Entry>& entries, const std::vector<HardLink>& 
         becomeLinkTo(entries[number], entries[*target], *target);
       ++link;
     }
-    last[plain(entries[number].name)] = number;
+    last[plainName(entries[number].name)] = number;
   }
   for (const auto& [number, target] : shared)
     entries[number].size = target ? entries[*contentOf(shared, number)].size : std::nullopt;

@@ -5,10 +5,14 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
 namespace foundation::storage::backend::archive::detail::library {
+
+/// A name without the parts that mean nothing: "./a//b" is "a/b".
+std::string plainName(std::string_view name);
 
 /// An entry that an archive calls a hard link.
 struct HardLink {
@@ -25,6 +29,9 @@ using SharedContent = std::unordered_map<std::size_t, std::optional<std::size_t>
 /// Follows what is shared.
 /// @return the entry that has the content; none where there is none
 std::optional<std::size_t> contentOf(const SharedContent& shared, std::size_t number);
+
+/// Makes an entry what it is a hard link to.
+void becomeLinkTo(Entry& link, const Entry& content, std::size_t number);
 
 /// Finds the entries whose content hard links share: of those that come before, the last one of the name.
 /// @param entries  in which the links become what they lead to

@@ -40,14 +40,15 @@ std::unique_ptr<Cursor> LibraryArchive::takeCursor(std::size_t number) const {
   return std::make_unique<Cursor>(number, container_, Reading::PlainTar, listing_.places[number].header, limits_);
 }
 
+bool LibraryArchive::isNear(const Cursor& cursor, std::size_t number) const {
+  return cursor.next() == number || (cursor.next() < number && listing_.places.empty());
+}
+
 std::unique_ptr<Cursor> LibraryArchive::takeIdle(std::size_t number) const {
-  const auto lacks = [&](const std::unique_ptr<Cursor>& cursor) {
-    return cursor->next() > number || (!listing_.places.empty() && cursor->next() != number);
-  };
   const std::scoped_lock lock(mutex_);
   auto nearest = idle_.end();
   for (auto idle = idle_.begin(); idle != idle_.end(); ++idle)
-    if (!lacks(*idle) && (nearest == idle_.end() || (*nearest)->next() < (*idle)->next()))
+    if (isNear(**idle, number) && (nearest == idle_.end() || (*nearest)->next() < (*idle)->next()))
       nearest = idle;
   if (nearest == idle_.end())
     return nullptr;

@@ -26,6 +26,8 @@ class LibraryArchive final : public StoredArchive {
 
   const Listing& listing() const { return listing_; }
 
+  /// Whether a cursor gets to an entry as soon as a new one would.
+  bool isNear(const Cursor& cursor, std::size_t number) const;
   /// One that can still go to an entry, and is near; it need not be given back. Throws `Fault`, and what the
   /// container's stream throws.
   std::unique_ptr<Cursor> takeCursor(std::size_t number) const;

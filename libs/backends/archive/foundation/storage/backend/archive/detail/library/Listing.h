@@ -22,7 +22,8 @@ struct Place {
 /// All that is found in an archive when its headers are read once.
 struct Listing {
   Reading reading = Reading::Any;
-  std::vector<int> filters;  ///< libarchive's codes, from the innermost to the outermost
+  /// libarchive's codes, from the innermost to the outermost; none where the container has no bytes.
+  std::optional<std::vector<int>> filters;
   std::vector<Entry> entries;
   std::vector<Place> places;  ///< of the entries; none where one gets to them only through those before
   SharedContent shared;
