@@ -15,7 +15,7 @@ std::u16string schemeOf(ArchiveFormat format) {
     case ArchiveFormat::Tar:
       return u"tar";
     case ArchiveFormat::SevenZip:
-      return u"7z";
+      return u"sevenzip";
     default:
       return u"archive";
   }

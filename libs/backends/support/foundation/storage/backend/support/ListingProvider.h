@@ -17,8 +17,10 @@ namespace foundation::storage::backend::support {
 /// @tparam Base  `IProvider`, or one of its abstract subclasses
 template <class Base>
 class ListingProvider : public Base {
+ public:
+  using typename Base::Listing;
+
  private:
-  using Listing = typename Base::Listing;
   using StorageIRI = provider::StorageIRI;
   using EntryType = provider::FolderEntry::EntryType;
 

@@ -73,6 +73,18 @@ std::size_t depthOf(const StorageIRI& location) {
   return location.hasInnerIRI() ? 1 + depthOf(location.getInnerIRI()) : 0;
 }
 
+std::unique_ptr<Node> newFolder() {
+  auto node = std::make_unique<Node>(EntryKind::Folder);
+  node->isCreated = true;
+  return node;
+}
+
+std::unique_ptr<Node> newFile() {
+  auto node = std::make_unique<Node>(EntryKind::File);
+  node->staged = std::make_shared<StagedContent>();
+  return node;
+}
+
 /// An archive that is to be made.
 class NoEntries final : public StoredArchive {
  public:
@@ -320,21 +332,36 @@ Node& Archive::insert(const Place& place, std::unique_ptr<Node> node, AtEnd atEn
 
 void Archive::createFile(const Place& place) {
   const auto lock = lockToChange(place.location);
-  auto node = std::make_unique<Node>(EntryKind::File);
-  node->staged = std::make_shared<StagedContent>();
-  insert(place, std::move(node), AtEnd::KeepLink);
+  insert(place, newFile(), AtEnd::KeepLink);
   finishChange(place.location);
 }
 
 void Archive::createFolder(const Place& place) {
   const auto lock = lockToChange(place.location);
-  if (!tree_ && place.names.empty()) {
-    stored_ = std::make_shared<NoEntries>();
-    tree_ = std::make_unique<Tree>(*stored_, now());
-  } else {
-    auto node = std::make_unique<Node>(EntryKind::Folder);
-    node->isCreated = true;
-    insert(place, std::move(node), AtEnd::KeepLink);
+  if (!tree_ && place.names.empty())
+    begin();
+  else
+    insert(place, newFolder(), AtEnd::KeepLink);
+  finishChange(place.location);
+}
+
+void Archive::begin() {
+  stored_ = std::make_shared<NoEntries>();
+  tree_ = std::make_unique<Tree>(*stored_, now());
+}
+
+void Archive::createFolders(const Place& place) {
+  const auto lock = lockToChange(place.location);
+  if (find(place, AtEnd::KeepLink) != nullptr)
+    throw refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
+  if (!tree_)
+    begin();
+  isChanged_ = true;
+  Place folder{place.location, {}};
+  for (const auto& name : place.names) {
+    folder.names.push_back(name);
+    if (find(folder, AtEnd::FollowLink) == nullptr)
+      insert(folder, newFolder(), AtEnd::KeepLink);
   }
   finishChange(place.location);
 }
@@ -447,9 +474,7 @@ std::shared_ptr<StagedContent> Archive::contentForWriting(const Place& place, pr
                                                           provider::ByteStreamTruncate truncate) {
   const auto lock = lockToChange(place.location);
   if (create == provider::ByteStreamCreate::Create && find(place, AtEnd::FollowLink) == nullptr) {
-    auto created = std::make_unique<Node>(EntryKind::File);
-    created->staged = std::make_shared<StagedContent>();
-    auto content = insert(place, std::move(created), AtEnd::FollowLink).staged;
+    auto content = insert(place, newFile(), AtEnd::FollowLink).staged;
     finishChange(place.location);
     return content;
   }

@@ -72,6 +72,8 @@ class Archive : public std::enable_shared_from_this<Archive> {
   void createFile(const Place& place);
   /// For the root: makes an archive that is not there yet.
   void createFolder(const Place& place);
+  /// With all that is missing on the way, the archive included.
+  void createFolders(const Place& place);
   void remove(const Place& place, FileOrFolder what);
   void removeRecursively(const Place& place);
   void move(const Place& source, const Place& destination, provider::ReplacementPolicy policy, FileOrFolder what);
@@ -110,6 +112,8 @@ class Archive : public std::enable_shared_from_this<Archive> {
   void requireThere(const provider::StorageIRI& location) const;
   void requireNesting() const;
   void forget() const;
+  /// Makes an archive where there is none.
+  void begin();
   void finishChange(const provider::StorageIRI& location);
 
   void commit();

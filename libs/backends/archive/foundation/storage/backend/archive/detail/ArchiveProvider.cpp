@@ -27,6 +27,8 @@ StagedStream::Mode modeOf(const ByteStreamOpenOptions& options) {
                                                               : StagedStream::Mode::Positioned;
 }
 
+constexpr std::uint32_t newFilePermissions = 0644;
+
 /// Opening fails as a stream does.
 template <class Open>
 std::unique_ptr<ByteStream> opened(const provider::StorageIRI& location, const Open& open) {
@@ -47,13 +49,7 @@ void ArchiveProvider::doCreateFile(const StorageIRI& location) const { archive_-
 void ArchiveProvider::doCreateFolder(const StorageIRI& location) const { archive_->createFolder(placeOf(location)); }
 
 void ArchiveProvider::doCreateFolderRecursive(const StorageIRI& location) const {
-  const auto root = location.getRoot();
-  if (archive_->existence(placeOf(root)) == ExistenceTypeExtended::None) {
-    archive_->createFolder(placeOf(root));
-    if (placeOf(location).names.empty())
-      return;
-  }
-  IProvider::doCreateFolderRecursive(location);
+  archive_->createFolders(placeOf(location));
 }
 
 bool ArchiveProvider::doFileExists(const StorageIRI& location) const {
@@ -141,7 +137,7 @@ std::unique_ptr<provider::TransactionalStream> ArchiveProvider::doOpenTransactio
   std::shared_ptr<ByteStream> stream = std::make_shared<provider::SafeByteStream>(std::move(bytes), isReadable, true);
   const auto finish = [archive = archive_, content, target](const provider::StreamClosePolicy& how) {
     if (how == provider::StreamClosePolicy::Commit)
-      archive->put({.staged = content, .stored = nullptr, .permissions = 0644}, target, policy, nullptr);
+      archive->put({content, nullptr, 0, std::nullopt, newFilePermissions}, target, policy, nullptr);
   };
   return std::make_unique<provider::GenericTransactionalStream<ByteStream>>(std::move(stream), finish);
 }
