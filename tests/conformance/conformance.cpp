@@ -1,5 +1,6 @@
 // Our back ends, what each can do, and the kit's checks over them.
 
+#include "ArchiveStore.h"
 #include "MemoryStore.h"
 #include "support/Permissions.h"
 
@@ -8,6 +9,7 @@
 #include <foundation/storage/provider/LocalPath.h>
 #include <foundation/storage/testing/Conformance.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
@@ -30,6 +32,25 @@ Place makeLocalFolder() {
           removeAll};
 }
 
+std::map<std::string, std::string> tooManyCommits() {
+  return {{"List.TenThousandEntries", "the archive is written after each of the ten thousand"}};
+}
+
+BackEnd writableArchive(const std::string& name, ArchiveFormat format, const std::string& commit) {
+  return {.name = name,
+          .makeEmptyFolder = [=] { return makeArchive(format, commit); },
+          .capabilities = ArchiveProviderFactory::capabilities(format),
+          .deviations = commit == "on-change" ? tooManyCommits() : std::map<std::string, std::string>()};
+}
+
+BackEnd readOnlyArchive(const std::string& name, ArchiveFormat format) {
+  const auto make = [=](const Contents& contents) { return makeArchiveOf(format, contents); };
+  return {.name = name,
+          .makeEmptyFolder = [=] { return make({}); },
+          .capabilities = ArchiveProviderFactory::capabilities(format),
+          .makeFolderWith = make};
+}
+
 std::vector<BackEnd> ourBackEnds() {
   return {
       {.name = "Memory",
@@ -39,6 +60,13 @@ std::vector<BackEnd> ourBackEnds() {
       {.name = "Local",
        .makeEmptyFolder = makeLocalFolder,
        .capabilities = backend::local::LocalProviderFactory::capabilities()},
+      writableArchive("Zip", ArchiveFormat::Zip, "on-flush"),
+      // The same with every change written, and read from there.
+      writableArchive("ZipOnChange", ArchiveFormat::Zip, "on-change"),
+      writableArchive("Tar", ArchiveFormat::Tar, "on-flush"),
+      writableArchive("TarOnChange", ArchiveFormat::Tar, "on-change"),
+      readOnlyArchive("SevenZip", ArchiveFormat::SevenZip),
+      readOnlyArchive("AnyArchive", ArchiveFormat::Any),
   };
 }
 
@@ -48,5 +76,6 @@ std::vector<BackEnd> ourBackEnds() {
 int main(int argc, char** argv) {
   using namespace foundation::storage::testing;
   obeyPermissions();
+  std::setlocale(LC_CTYPE, "C.UTF-8");  // libarchive, which makes archives here, converts names by it
   return runConformance(argc, argv, ourBackEnds());
 }

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <mutex>
+#include <sstream>
 #include <utility>
 
 namespace foundation::storage::backend::archive::detail {
@@ -113,6 +114,11 @@ Archive::~Archive() {
 
 bool Archive::isWritten() const { return detail::isWritten(format_); }
 
+void Archive::requireWritten(const StorageIRI& location) const {
+  if (!isWritten())
+    throw refusal(ErrorCode::ReadOnlyProvider, location, u"Archives of this format are not written");
+}
+
 void Archive::configure(const Configuration& configuration) {
   const std::scoped_lock lock(mutex_);
   configuration_ = configuration;
@@ -173,8 +179,7 @@ void Archive::requireThere(const StorageIRI& location) const {
 }
 
 std::unique_lock<std::shared_mutex> Archive::lockToChange(const StorageIRI& location) {
-  if (!isWritten())
-    throw refusal(ErrorCode::ReadOnlyProvider, location, u"Archives of this format are not written");
+  requireWritten(location);
   std::unique_lock lock(mutex_);
   at(root_, [&] { return load(); });
   return lock;
@@ -310,6 +315,13 @@ Archive::Content Archive::content(const Place& place) const {
   if (node.kind != EntryKind::File)
     throw refusal(ErrorCode::UnsupportedOperation, place.location, u"This is a device or a pipe, and has no content");
   return contentOf(node);
+}
+
+std::u16string Archive::identity(const Place& place) const {
+  const auto lock = lockToLook();
+  std::ostringstream text;
+  text << "archive:" << this << ":" << &require(place, AtEnd::FollowLink, FileOrFolder::File);
+  return fl::i18n::to_ustring(text.str());
 }
 
 // --- Changing ---
@@ -470,13 +482,13 @@ void Archive::stage(Node& node, const StorageIRI& location, provider::ByteStream
   node.source.reset();
 }
 
-std::shared_ptr<StagedContent> Archive::contentForWriting(const Place& place, provider::ByteStreamCreate create,
-                                                          provider::ByteStreamTruncate truncate) {
+std::unique_ptr<StagedContent::Writing> Archive::beginWriting(const Place& place, provider::ByteStreamCreate create,
+                                                              provider::ByteStreamTruncate truncate) {
   const auto lock = lockToChange(place.location);
   if (create == provider::ByteStreamCreate::Create && find(place, AtEnd::FollowLink) == nullptr) {
-    auto content = insert(place, newFile(), AtEnd::FollowLink).staged;
+    auto writing = std::make_unique<StagedContent::Writing>(insert(place, newFile(), AtEnd::FollowLink).staged);
     finishChange(place.location);
-    return content;
+    return writing;
   }
   auto& node = require(place, AtEnd::FollowLink, FileOrFolder::File);
   if (node.kind != EntryKind::File)
@@ -485,7 +497,7 @@ std::shared_ptr<StagedContent> Archive::contentForWriting(const Place& place, pr
     throw refusal(ErrorCode::PermissionDenied, place.location, u"The file is not writable");
   stage(node, place.location, truncate);
   isChanged_ = true;
-  return node.staged;
+  return std::make_unique<StagedContent::Writing>(node.staged);
 }
 
 Tree::Found Archive::requireReplaceable(const Place& place, ReplacementPolicy policy, const Content* source) const {
@@ -507,8 +519,7 @@ Tree::Found Archive::requireReplaceable(const Place& place, ReplacementPolicy po
 }
 
 void Archive::requireCanPut(const Place& destination, ReplacementPolicy policy, const Content* source) const {
-  if (!isWritten())
-    throw refusal(ErrorCode::ReadOnlyProvider, destination.location, u"Archives of this format are not written");
+  requireWritten(destination.location);
   const auto lock = lockToLook();
   requireReplaceable(destination, policy, source);
 }

@@ -46,6 +46,8 @@ class Archive : public std::enable_shared_from_this<Archive> {
   const provider::StorageIRI& root() const { return root_; }
   /// Whether archives of its format are.
   bool isWritten() const;
+  /// Throws unless they are.
+  void requireWritten(const provider::StorageIRI& location) const;
   void configure(const Configuration& configuration);
 
   // --- Looking ---
@@ -67,6 +69,9 @@ class Archive : public std::enable_shared_from_this<Archive> {
   };
   Content content(const Place& place) const;
 
+  /// A text that two paths share where they lead to one file.
+  std::u16string identity(const Place& place) const;
+
   // --- Changing ---
 
   void createFile(const Place& place);
@@ -81,8 +86,8 @@ class Archive : public std::enable_shared_from_this<Archive> {
   void setWritable(const Place& place, bool writable);
 
   /// A file to be written; created, and emptied, where that is asked for.
-  std::shared_ptr<StagedContent> contentForWriting(const Place& place, provider::ByteStreamCreate create,
-                                                   provider::ByteStreamTruncate truncate);
+  std::unique_ptr<StagedContent::Writing> beginWriting(const Place& place, provider::ByteStreamCreate create,
+                                                       provider::ByteStreamTruncate truncate);
   /// Throws unless new content could be put at `destination`.
   /// @param source  the content that is to be put there is a copy of it: not to be replaced by it
   void requireCanPut(const Place& destination, provider::ReplacementPolicy policy, const Content* source) const;

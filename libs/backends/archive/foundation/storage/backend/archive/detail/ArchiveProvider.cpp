@@ -111,8 +111,8 @@ provider::FolderAttributes ArchiveProvider::doGetFolderAttributes(const StorageI
 std::unique_ptr<ByteStream> ArchiveProvider::doOpenStream(const StorageIRI& location,
                                                           const ByteStreamOpenOptions& options) const {
   return opened(location, [&] {
-    auto content = archive_->contentForWriting(placeOf(location), options.create, options.truncate);
-    return std::make_unique<StagedStream>(std::move(content), modeOf(options), archive_, location);
+    auto writing = archive_->beginWriting(placeOf(location), options.create, options.truncate);
+    return std::make_unique<StagedStream>(std::move(writing), modeOf(options), archive_, location);
   });
 }
 
@@ -120,7 +120,7 @@ std::unique_ptr<ByteStream> ArchiveProvider::doOpenReadOnlyStream(const StorageI
   return opened(location, [&]() -> std::unique_ptr<ByteStream> {
     const auto content = archive_->content(placeOf(location));
     if (content.staged)
-      return std::make_unique<StagedStream>(content.staged, StagedStream::Mode::Reading, nullptr, location);
+      return std::make_unique<StagedStream>(content.staged, location);
     return at(location,
               [&] { return std::make_unique<StoredStream>(content.stored, content.number, content.size, location); });
   });
@@ -132,7 +132,8 @@ std::unique_ptr<provider::TransactionalStream> ArchiveProvider::doOpenTransactio
   const auto target = placeOf(location);
   archive_->requireCanPut(target, policy, nullptr);
   const auto content = std::make_shared<StagedContent>();
-  auto bytes = std::make_unique<StagedStream>(content, modeOf(options), nullptr, location);
+  auto bytes = std::make_unique<StagedStream>(std::make_unique<StagedContent::Writing>(content), modeOf(options),
+                                              nullptr, location);
   const bool isReadable = options.access == provider::ByteStreamAccess::ReadWrite;
   std::shared_ptr<ByteStream> stream = std::make_shared<provider::SafeByteStream>(std::move(bytes), isReadable, true);
   const auto finish = [archive = archive_, content, target](const provider::StreamClosePolicy& how) {
@@ -185,14 +186,18 @@ provider::ProviderStorageInfo ArchiveProvider::doGetProviderStorageInfo(const St
 }
 
 void ArchiveProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const {
-  const auto content = archive_->contentForWriting(placeOf(location), provider::ByteStreamCreate::NeverCreate,
-                                                   provider::ByteStreamTruncate::PreserveExisting);
-  at(location, [&] { content->resize(newSize); });
+  const auto writing = archive_->beginWriting(placeOf(location), provider::ByteStreamCreate::NeverCreate,
+                                              provider::ByteStreamTruncate::PreserveExisting);
+  at(location, [&] { writing->content()->resize(newSize); });
   archive_->noteWritten(location);
 }
 
 void ArchiveProvider::doConfigure(boost::property_tree::ptree configuration) {
   archive_->configure(readConfiguration(std::move(configuration)));
+}
+
+std::u16string ArchiveProvider::doGetFileIdentity(const StorageIRI& location) const {
+  return archive_->identity(placeOf(location));
 }
 
 void ArchiveProvider::doInvalidate(const StorageIRI& /*location*/) { archive_->invalidate(); }

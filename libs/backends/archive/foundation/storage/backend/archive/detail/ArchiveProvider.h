@@ -3,6 +3,7 @@
 #include <foundation/storage/backend/archive/detail/Archive.h>
 #include <foundation/storage/backend/support/ListingProvider.h>
 #include <foundation/storage/provider/IConfigurableProvider.h>
+#include <foundation/storage/provider/extensions/IFileIdentity.h>
 #include <foundation/storage/provider/extensions/IFlushableFilesystem.h>
 #include <foundation/storage/provider/extensions/IInvalidatable.h>
 
@@ -13,7 +14,8 @@ namespace foundation::storage::backend::archive::detail {
 /// What one archive holds; `ArchiveProviderFactory` says how it behaves.
 class ArchiveProvider final : public support::ListingProvider<provider::IConfigurableProvider>,
                               public provider::extensions::IFlushableFilesystem,
-                              public provider::extensions::IInvalidatable {
+                              public provider::extensions::IInvalidatable,
+                              public provider::extensions::IFileIdentity {
  public:
   explicit ArchiveProvider(std::shared_ptr<Archive> archive) : archive_(std::move(archive)) {}
   ~ArchiveProvider() override { endChangePolling(); }
@@ -64,6 +66,9 @@ class ArchiveProvider final : public support::ListingProvider<provider::IConfigu
   void doFlushFilesystem() override { archive_->flush(); }
   /// Of the whole archive, whatever the location.
   void doInvalidate(const StorageIRI& location) override;
+  /// A file of the same name that another provider serves is another one: writing to it leaves this one as it is until
+  /// the archive is written.
+  std::u16string doGetFileIdentity(const StorageIRI& location) const override;
 
   /// Kept by streams and listings, too, which may outlive the provider.
   const std::shared_ptr<Archive> archive_;

@@ -18,6 +18,14 @@ bool isStopped(const provider::InterruptCallback& interrupt) {
   return interrupt && interrupt() == InterruptSignal::Abort;
 }
 
+/// Asks as often as a copy of that many bytes would.
+bool isStoppedDuring(std::uint64_t size, const provider::InterruptCallback& interrupt) {
+  for (std::uint64_t done = 0; done < size; done += stepSize)
+    if (isStopped(interrupt))
+      return true;
+  return false;
+}
+
 /// @return none where it was stopped
 std::shared_ptr<StagedContent> copyOf(const StagedContent& original, const provider::InterruptCallback& interrupt) {
   auto copy = std::make_shared<StagedContent>();
@@ -34,6 +42,7 @@ std::shared_ptr<StagedContent> copyOf(const StagedContent& original, const provi
 
 TransactionStatus copyAside(Archive& archive, const Place& source, const Place& destination,
                             provider::ReplacementPolicy policy, const provider::InterruptCallback& interrupt) {
+  archive.requireWritten(source.location);
   const auto original = archive.content(source);
   archive.requireCanPut(destination, policy, &original);
   auto copy = original;
@@ -41,7 +50,7 @@ TransactionStatus copyAside(Archive& archive, const Place& source, const Place& 
     copy.staged = at(destination.location, [&] { return copyOf(*original.staged, interrupt); });
     if (!copy.staged)
       return TransactionStatus::Aborted;
-  } else if (original.size != 0 && isStopped(interrupt)) {
+  } else if (isStoppedDuring(original.size.value_or(0), interrupt)) {
     return TransactionStatus::Aborted;
   }
   archive.put(copy, destination, policy, &original);

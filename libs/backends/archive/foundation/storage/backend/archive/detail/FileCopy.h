@@ -6,8 +6,7 @@ namespace foundation::storage::backend::archive::detail {
 
 /// Copies a file within an archive: the copy is made aside, and put in its place when it is whole. Stored content is
 /// not even read.
-/// @param interrupt  asked after each 4 MiB of content that still waits, and once for stored content, without any lock;
-///                   may be empty
+/// @param interrupt  asked after each 4 MiB, without any lock; may be empty
 provider::TransactionStatus copyAside(Archive& archive, const Place& source, const Place& destination,
                                       provider::ReplacementPolicy policy, const provider::InterruptCallback& interrupt);
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 namespace foundation::storage::backend::archive::detail {
 
@@ -90,14 +91,14 @@ std::uint64_t StagedContent::revision() const {
   return revision_;
 }
 
-StagedContent::Writing::Writing(StagedContent& content) : content_(content) {
-  const std::scoped_lock lock(content_.mutex_);
-  ++content_.writers_;
+StagedContent::Writing::Writing(std::shared_ptr<StagedContent> content) : content_(std::move(content)) {
+  const std::scoped_lock lock(content_->mutex_);
+  ++content_->writers_;
 }
 
 StagedContent::Writing::~Writing() {
-  const std::scoped_lock lock(content_.mutex_);
-  --content_.writers_;
+  const std::scoped_lock lock(content_->mutex_);
+  --content_->writers_;
 }
 
 bool StagedContent::isBeingWritten() const {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <shared_mutex>
 #include <string>
@@ -44,13 +45,15 @@ class StagedContent {
   /// For as long as somebody may write, by a stream for example.
   class Writing {
    public:
-    explicit Writing(StagedContent& content);
+    explicit Writing(std::shared_ptr<StagedContent> content);
     Writing(const Writing&) = delete;
     Writing& operator=(const Writing&) = delete;
     ~Writing();
 
+    const std::shared_ptr<StagedContent>& content() const { return content_; }
+
    private:
-    StagedContent& content_;
+    const std::shared_ptr<StagedContent> content_;
   };
   bool isBeingWritten() const;
 

@@ -13,12 +13,16 @@ using provider::ByteStreamSeekFailure;
 using provider::ByteStreamWriteFailure;
 using provider::ErrorCode;
 
-StagedStream::StagedStream(std::shared_ptr<StagedContent> content, Mode mode, std::shared_ptr<Archive> archive,
+StagedStream::StagedStream(std::shared_ptr<const StagedContent> content, provider::StorageIRI location)
+    : content_(std::move(content)), location_(std::move(location)) {}
+
+StagedStream::StagedStream(std::unique_ptr<StagedContent::Writing> writing, Mode mode, std::shared_ptr<Archive> archive,
                            provider::StorageIRI location)
-    : content_(std::move(content)), mode_(mode), archive_(std::move(archive)), location_(std::move(location)) {
-  if (mode_ != Mode::Reading)
-    writing_ = std::make_unique<StagedContent::Writing>(*content_);
-}
+    : content_(writing->content()),
+      writing_(std::move(writing)),
+      mode_(mode),
+      archive_(std::move(archive)),
+      location_(std::move(location)) {}
 
 std::int64_t StagedStream::doRead(char* buffer, std::int64_t count) {
   requireOpenFor<ByteStreamReadFailure>(content_ != nullptr, count, location_);
@@ -31,11 +35,13 @@ std::int64_t StagedStream::doRead(char* buffer, std::int64_t count) {
 
 std::int64_t StagedStream::doWrite(const char* buffer, std::int64_t count) {
   requireOpenFor<ByteStreamWriteFailure>(content_ != nullptr, count, location_);
+  if (!writing_)
+    throw streamRefusal<ByteStreamWriteFailure>(ErrorCode::IOError, location_, u"The stream was opened for reading");
   if (count == 0)
     return 0;
   const auto where = mode_ == Mode::Appending ? std::nullopt : std::optional(static_cast<std::uint64_t>(position_));
   position_ = streamingAt<ByteStreamWriteFailure>(location_, [&] {
-    return static_cast<std::int64_t>(content_->write(where, buffer, static_cast<std::size_t>(count)));
+    return static_cast<std::int64_t>(writing_->content()->write(where, buffer, static_cast<std::size_t>(count)));
   });
   return count;
 }
@@ -52,7 +58,7 @@ void StagedStream::doClose() {
     return;
   writing_.reset();
   content_.reset();
-  if (archive_ && mode_ != Mode::Reading)
+  if (archive_)
     streamingAt<ByteStreamCloseFailure>(location_, [&] { archive_->noteWritten(location_); });
 }
 
