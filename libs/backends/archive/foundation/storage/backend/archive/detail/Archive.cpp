@@ -3,6 +3,8 @@
 #include <foundation/storage/backend/archive/detail/Commit.h>
 #include <foundation/storage/backend/archive/detail/Failure.h>
 #include <foundation/storage/backend/archive/detail/Format.h>
+#include <foundation/storage/backend/archive/detail/StagedStream.h>
+#include <foundation/storage/backend/archive/detail/StoredStream.h>
 #include <foundation/storage/backend/support/Log.h>
 #include <foundation/storage/backend/support/PathNames.h>
 
@@ -101,7 +103,7 @@ class NoEntries final : public StoredArchive {
 }  // namespace
 
 Archive::Archive(ArchiveFormat format, provider::StorageItem container, StorageIRI root)
-    : format_(format), container_(std::make_shared<Container>(std::move(container))), root_(std::move(root)) {}
+    : format_(format), item_(std::move(container)), root_(std::move(root)) {}
 
 Archive::~Archive() {
   try {
@@ -140,9 +142,10 @@ bool Archive::load() const {
   if (tree_)
     return true;
   requireNesting();
+  container_ = std::make_shared<Container>(item_);
   const auto stamp = container_->stamp();
   if (!stamp) {
-    if (container_->item().folderExists())
+    if (item_.folderExists())
       throw Fault(ErrorCode::InvalidLocation, "this is a folder, and no archive");
     return false;
   }
@@ -158,7 +161,7 @@ void Archive::forget() const {
   tree_.reset();
   stored_.reset();
   stamp_.reset();
-  container_->forgetStreams();
+  container_.reset();
 }
 
 std::shared_lock<std::shared_mutex> Archive::lockToLook() const {
@@ -265,7 +268,7 @@ provider::ProviderStorageInfo Archive::storageInfo(const Place& place) const {
   const auto lock = lockToLook();
   require(place, AtEnd::KeepLink);
   return at(place.location, [&] {
-    const auto stamp = container_->stamp();
+    const auto stamp = Container(item_).stamp();
     return provider::ProviderStorageInfo().withSpaceOccupied(stamp ? stamp->size : 0);
   });
 }
@@ -309,12 +312,28 @@ Archive::Content Archive::contentOf(const Node& node) const {
   return {node.staged, stored_, node.source.value_or(0), node.size, node.permissions};
 }
 
-Archive::Content Archive::content(const Place& place) const {
-  const auto lock = lockToLook();
-  const auto& node = require(place, AtEnd::FollowLink, FileOrFolder::File);
+/// A file with content.
+Node& Archive::requireFile(const Place& place) const {
+  auto& node = require(place, AtEnd::FollowLink, FileOrFolder::File);
   if (node.kind != EntryKind::File)
     throw refusal(ErrorCode::UnsupportedOperation, place.location, u"This is a device or a pipe, and has no content");
-  return contentOf(node);
+  return node;
+}
+
+Archive::Content Archive::content(const Place& place) const {
+  const auto lock = lockToLook();
+  return contentOf(requireFile(place));
+}
+
+std::unique_ptr<provider::ByteStream> Archive::read(const Place& place) const {
+  // Opened with the lock, so that it is the file that the archive was read from.
+  const auto lock = lockToLook();
+  const auto content = contentOf(requireFile(place));
+  if (content.staged)
+    return std::make_unique<StagedStream>(content.staged, place.location);
+  return at(place.location, [&] {
+    return std::make_unique<StoredStream>(content.stored, content.number, content.size, place.location);
+  });
 }
 
 std::u16string Archive::identity(const Place& place) const {
@@ -490,9 +509,7 @@ std::unique_ptr<StagedContent::Writing> Archive::beginWriting(const Place& place
     finishChange(place.location);
     return writing;
   }
-  auto& node = require(place, AtEnd::FollowLink, FileOrFolder::File);
-  if (node.kind != EntryKind::File)
-    throw refusal(ErrorCode::UnsupportedOperation, place.location, u"This is a device or a pipe, and has no content");
+  auto& node = requireFile(place);
   if (!node.isWritable())
     throw refusal(ErrorCode::PermissionDenied, place.location, u"The file is not writable");
   stage(node, place.location, truncate);
@@ -552,19 +569,22 @@ void Archive::noteWritten(const StorageIRI& location) {
 // --- The stored archive ---
 
 void Archive::requireUnchangedByOthers() const {
-  if (container_->stamp() != stamp_)
+  if (Container(item_).stamp() != stamp_)
     throw Fault(ErrorCode::ResourceInUse, "somebody else has changed the archive since it was read");
 }
 
 void Archive::commit() {
   requireUnchangedByOthers();
   Commit commit(*tree_, stored_);
-  commit.write(format_, container_, configuration_.limits);
+  const auto written = std::make_shared<Container>(item_);
+  commit.write(format_, written, configuration_.limits);
   isChanged_ = commit.adopt();
   stored_ = commit.written();
-  container_->forgetStreams();
-  stamp_ = container_->stamp();
-  container_->item().flushFilesystem();
+  if (container_)
+    container_->retire();
+  container_ = written;
+  stamp_ = written->stamp();
+  item_.flushFilesystem();
 }
 
 void Archive::flush() {
@@ -573,7 +593,7 @@ void Archive::flush() {
     if (isChanged_)
       commit();
     else
-      container_->item().flushFilesystem();
+      item_.flushFilesystem();
   });
 }
 

@@ -68,6 +68,8 @@ class Archive : public std::enable_shared_from_this<Archive> {
     std::uint32_t permissions = 0;
   };
   Content content(const Place& place) const;
+  /// A stream that reads a file. It goes on with what the file is now, whatever is written meanwhile.
+  std::unique_ptr<provider::ByteStream> read(const Place& place) const;
 
   /// A text that two paths share where they lead to one file.
   std::u16string identity(const Place& place) const;
@@ -127,6 +129,7 @@ class Archive : public std::enable_shared_from_this<Archive> {
   Node* find(const Place& place, AtEnd atEnd) const;
   Node& require(const Place& place, AtEnd atEnd) const;
   Node& require(const Place& place, AtEnd atEnd, FileOrFolder what) const;
+  Node& requireFile(const Place& place) const;
   /// Where something could be put: with the folder that would hold it.
   Tree::Found requireSpot(const Place& place, AtEnd atEnd) const;
   Tree::Found requireWritableSpot(const Place& place, AtEnd atEnd) const;
@@ -141,13 +144,14 @@ class Archive : public std::enable_shared_from_this<Archive> {
                                 const support::ListingScope& scope) const;
 
   const ArchiveFormat format_;
-  const std::shared_ptr<Container> container_;
+  const provider::StorageItem item_;  ///< the file that is the archive
   const provider::StorageIRI root_;
 
   /// Guards what follows. Taken before the locks of staged contents, and before those of the archive around this one.
   mutable std::shared_mutex mutex_;
   Configuration configuration_;
   // What was read; reading changes nothing that anybody could see.
+  mutable std::shared_ptr<Container> container_;
   mutable std::unique_ptr<Tree> tree_;                   ///< none as long as nothing was asked
   mutable std::shared_ptr<const StoredArchive> stored_;  ///< none for an archive that is only to be made
   mutable std::optional<Container::Stamp> stamp_;        ///< of the container, when it was read

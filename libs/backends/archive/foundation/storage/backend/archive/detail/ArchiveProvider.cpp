@@ -3,7 +3,6 @@
 #include <foundation/storage/backend/archive/detail/Failure.h>
 #include <foundation/storage/backend/archive/detail/FileCopy.h>
 #include <foundation/storage/backend/archive/detail/StagedStream.h>
-#include <foundation/storage/backend/archive/detail/StoredStream.h>
 #include <foundation/storage/backend/support/EntryList.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
@@ -117,13 +116,7 @@ std::unique_ptr<ByteStream> ArchiveProvider::doOpenStream(const StorageIRI& loca
 }
 
 std::unique_ptr<ByteStream> ArchiveProvider::doOpenReadOnlyStream(const StorageIRI& location) const {
-  return opened(location, [&]() -> std::unique_ptr<ByteStream> {
-    const auto content = archive_->content(placeOf(location));
-    if (content.staged)
-      return std::make_unique<StagedStream>(content.staged, location);
-    return at(location,
-              [&] { return std::make_unique<StoredStream>(content.stored, content.number, content.size, location); });
-  });
+  return opened(location, [&] { return archive_->read(placeOf(location)); });
 }
 
 std::unique_ptr<provider::TransactionalStream> ArchiveProvider::doOpenTransactionalStream(

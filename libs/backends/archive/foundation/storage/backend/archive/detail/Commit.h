@@ -23,7 +23,8 @@ class Commit {
   Commit(Tree& tree, std::shared_ptr<const StoredArchive> stored);
 
   /// Writes all of it in one transaction of the store that holds the container. Throws what the store and the old
-  /// archive throw; the container is as it was then.
+  /// archive throw; the file is as it was then.
+  /// @param container  a new one, for what is written
   void write(ArchiveFormat format, const std::shared_ptr<Container>& container, const Limits& limits);
 
   /// Makes the tree one of what was written.

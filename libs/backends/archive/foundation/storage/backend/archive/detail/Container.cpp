@@ -20,48 +20,50 @@ std::optional<Container::Stamp> Container::stamp() const {
 }
 
 Input Container::open() {
-  std::uint64_t generation = 0;
   {
     const std::scoped_lock lock(mutex_);
-    generation = generation_;
+    if (isRetired_)
+      throw Fault(provider::ErrorCode::ResourceInUse, "the archive was replaced while it was read");
     if (!idle_.empty()) {
       auto idle = std::move(idle_.back());
       idle_.pop_back();
-      return {shared_from_this(), std::move(idle), generation};
+      return {shared_from_this(), std::move(idle)};
     }
   }
-  return {shared_from_this(), {item_.openReadOnlyStream(), 0}, generation};
+  return {shared_from_this(), {item_.openReadOnlyStream(), 0}};
 }
 
-void Container::forgetStreams() {
-  std::vector<Idle> forgotten;  // closed without the lock
+void Container::retire() {
+  std::vector<Idle> dropped;  // closed without the lock
   const std::scoped_lock lock(mutex_);
-  ++generation_;
-  forgotten.swap(idle_);
+  isRetired_ = true;
+  dropped.swap(idle_);
 }
 
-void Container::giveBack(Idle idle, std::uint64_t generation) noexcept {
+void Container::giveBack(Idle idle) noexcept {
+  Idle dropped{};  // closed without the lock
   const std::scoped_lock lock(mutex_);
-  if (generation != generation_)
+  if (isRetired_) {
+    dropped = std::move(idle);
     return;
-  if (idle_.size() == mostIdle)
-    idle_.erase(idle_.begin());
+  }
   try {
     idle_.push_back(std::move(idle));
   } catch (const std::bad_alloc&) {
-    // Then the next one opens a stream of its own.
+    return;  // then the next one opens a stream of its own
+  }
+  if (idle_.size() > mostIdle) {
+    dropped = std::move(idle_.front());
+    idle_.erase(idle_.begin());
   }
 }
 
-Input::Input(std::shared_ptr<Container> container, Container::Idle opened, std::uint64_t generation)
-    : container_(std::move(container)),
-      stream_(std::move(opened.stream)),
-      position_(opened.position),
-      generation_(generation) {}
+Input::Input(std::shared_ptr<Container> container, Container::Idle opened)
+    : container_(std::move(container)), stream_(std::move(opened.stream)), position_(opened.position) {}
 
 Input::~Input() {
   if (stream_ && isUsable_)
-    container_->giveBack({std::move(stream_), position_}, generation_);
+    container_->giveBack({std::move(stream_), position_});
 }
 
 std::uint64_t Input::size() {

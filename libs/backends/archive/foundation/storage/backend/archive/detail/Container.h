@@ -16,8 +16,8 @@ namespace foundation::storage::backend::archive::detail {
 
 class Input;
 
-/// The file that is an archive, wherever it is. Any number of threads may use it. To be owned by
-/// `std::shared_ptr`; the inputs keep it.
+/// The file that is an archive, wherever it is, as long as it is the same. Any number of threads may use it. To be
+/// owned by `std::shared_ptr`; the inputs keep it.
 class Container : public std::enable_shared_from_this<Container> {
  public:
   explicit Container(provider::StorageItem item) : item_(std::move(item)) {}
@@ -35,12 +35,13 @@ class Container : public std::enable_shared_from_this<Container> {
   std::optional<Stamp> stamp() const;
 
   /// Opens the file for reading, or hands out a stream that somebody has given back: it stands somewhere, and
-  /// what is near that place is the fastest to read. Throws what the store throws.
+  /// what is near that place is the fastest to read. Throws what the store throws, and `Fault` once the file was
+  /// replaced.
   Input open();
 
-  /// Lets go of the streams that were given back; those in use are closed when they are given back. To be called
-  /// when the file was replaced.
-  void forgetStreams();
+  /// To be called when the file was replaced: nothing of what was known of it holds for the new one. Streams that are
+  /// open go on with the old one, as far as the store lets them.
+  void retire();
 
  private:
   friend class Input;
@@ -50,12 +51,12 @@ class Container : public std::enable_shared_from_this<Container> {
     std::unique_ptr<provider::ByteStream> stream;
     std::uint64_t position;
   };
-  void giveBack(Idle idle, std::uint64_t generation) noexcept;
+  void giveBack(Idle idle) noexcept;
 
   const provider::StorageItem item_;
   std::mutex mutex_;  ///< guards what follows; the store is never called with it
   std::vector<Idle> idle_;
-  std::uint64_t generation_ = 0;  ///< of the file's content, as far as this knows
+  bool isRetired_ = false;
 };
 
 /// A container's bytes, for one thread at a time. Gives its stream back to the container in the end.
@@ -80,13 +81,12 @@ class Input {
 
  private:
   friend class Container;
-  Input(std::shared_ptr<Container> container, Container::Idle opened, std::uint64_t generation);
+  Input(std::shared_ptr<Container> container, Container::Idle opened);
 
   std::shared_ptr<Container> container_;
   std::unique_ptr<provider::ByteStream> stream_;
   std::uint64_t position_;  ///< of the stream
-  std::uint64_t generation_;
-  bool isUsable_ = true;  ///< not after a failure, which leaves the stream nobody knows where
+  bool isUsable_ = true;    ///< not after a failure, which leaves the stream nobody knows where
   std::optional<std::uint64_t> size_;
 };
 

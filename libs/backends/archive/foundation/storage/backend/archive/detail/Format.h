@@ -21,9 +21,10 @@ std::shared_ptr<const StoredArchive> readArchive(ArchiveFormat format, const std
                                                  const Limits& limits);
 
 /// Begins to write an archive that is to replace `old`. Throws the same.
-/// @param format  one that is written
-/// @param old     null where there is none yet
-/// @param output  lives longer than the writer
+/// @param format     one that is written
+/// @param container  what the new archive will be read from
+/// @param old        null where there is none yet
+/// @param output     lives longer than the writer
 std::unique_ptr<ArchiveWriter> beginArchive(ArchiveFormat format, const std::shared_ptr<Container>& container,
                                             const Limits& limits, std::shared_ptr<const StoredArchive> old,
                                             Output& output);

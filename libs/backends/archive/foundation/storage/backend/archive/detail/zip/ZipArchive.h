@@ -32,6 +32,8 @@ class ZipArchive final : public StoredArchive {
   std::unique_ptr<ContentReader> open(std::size_t number) const override;
 
   const Member& member(std::size_t number) const { return members_[number]; }
+  /// The file that it lies in.
+  Container& container() const { return *container_; }
   const std::string& comment() const { return end_.comment; }
   /// What was put before the archive, in bytes: the program of one that extracts itself, for example.
   std::uint64_t prefixSize() const;

@@ -67,7 +67,7 @@ ZipWriter::ZipWriter(std::shared_ptr<Container> container, const Limits& limits,
                      Output& output)
     : container_(std::move(container)), limits_(limits), old_(std::move(old)), output_(output) {
   if (old_) {
-    input_.emplace(container_->open());
+    input_.emplace(old_->container().open());
     copyPrefix();
   }
 }
