@@ -46,17 +46,19 @@ ErrorCode codeOf(const OutputFailure& failure) {
   }
 }
 
-/// Does `work(session)`, and writes out all that it has printed.
+/// Does `work(session)`, writes out all that it has printed, and has the stores write what they have gathered.
 template <class Work>
 int runReporting(const std::string& operation, const Stores& stores, const Work& work) {
   Report report(operation);
   Output output;
+  StoresInUse inUse(report);
   try {
-    work(Session{report, output, stores});
+    work(Session{report, output, stores, inUse});
     output.flush();
   } catch (const OutputFailure& failure) {
     report.failure(u"standard output", codeOf(failure), fl::i18n::to_ustring(failure.code().message()));
   }
+  inUse.handOver();
   return report.exitCode();
 }
 

@@ -176,7 +176,7 @@ Verbosity verbosityOf(const CLI::Option* verbose, const CLI::Option* quiet) {
 Action declareCopy(CLI::App& app) {
   app.footer(
       "A signal ends a copy between two files or in the middle of one. With --atomic nothing is half written then; "
-      "otherwise the file that may be is reported.");
+      "otherwise the file that may be is reported. An archive is written with the files that are whole by then.");
   auto* noClobber = addFlag(app, "-n,--no-clobber", "Keep existing files; each is reported as a failure");
   const auto* policy = addValue(app, "--policy", "POLICY",
                                 "What to do with existing files: preserve or noclobber as -n, overwrite or clobber "

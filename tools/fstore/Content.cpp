@@ -48,7 +48,9 @@ std::size_t readInput(char* buffer, std::size_t count, const StorageItem& target
   }
 }
 
-void writeAll(provider::ByteStream& stream, const char* data, std::size_t size) {
+/// @tparam Stream  a `ByteStream` or a `TransactionalStream`
+template <class Stream>
+void writeAll(Stream& stream, const char* data, std::size_t size) {
   for (std::size_t done = 0; done < size;) {
     const auto written = stream.write(data + done, static_cast<std::int64_t>(size - done));
     if (written <= 0)
@@ -70,15 +72,26 @@ void printFile(const StorageItem& file, std::string& buffer, Output& output) {
   stream->close();
 }
 
+template <class Stream>
+void writeInputTo(Stream& stream, std::string& buffer, const StorageItem& file) {
+  while (const auto got = readInput(buffer.data(), buffer.size(), file))
+    writeAll(stream, buffer.data(), got);
+}
+
 void putFile(const StorageItem& file, ByteStreamTruncate existing) {
   requireNotOpenAs(STDIN_FILENO, file, u"The file is standard input itself");
   std::string buffer(blockSize, '\0');
   readInput(buffer.data(), 0, file);  // consumes nothing, but says whether reading can work
   const bool keeps = existing == ByteStreamTruncate::PreserveExisting;
+  if (!keeps && file.getLocation().hasInnerIRI()) {
+    // A container is written as a whole, and never with half a file in it.
+    const auto stream = file.openTransactionalStream({});
+    writeInputTo(*stream, buffer, file);
+    return stream->close(provider::StreamClosePolicy::Commit);
+  }
   const auto stream =
       file.openStream({.truncate = existing, .append = keeps ? ByteStreamAppend::Append : ByteStreamAppend::Overwrite});
-  while (const auto got = readInput(buffer.data(), buffer.size(), file))
-    writeAll(*stream, buffer.data(), got);
+  writeInputTo(*stream, buffer, file);
   stream->close();
 }
 

@@ -29,8 +29,10 @@ void forEachSource(const Session& session, std::vector<std::string> arguments, c
     return;
   session.report.attempt(destination->getLocation(), [&] {
     Target target(*destination, last, arguments.size());
-    session.forEach(arguments,
-                    [&](const StorageItem& source, const std::string&) { work(source, target.placeFor(source)); });
+    session.forEach(arguments, [&](const StorageItem& source, const std::string&) {
+      session.inUse.use(*destination);  // however many sources there are
+      work(source, target.placeFor(source));
+    });
   });
 }
 
@@ -72,6 +74,7 @@ void copy(const Session& session, const std::vector<std::string>& arguments, con
       copier.add(source, place, requireElsewhere, std::nullopt);
   });
   copier.finish();
+  session.inUse.handOver();
   copier.printSummary();
   if (stop.isAsked())
     session.report.endedBy(stop.number());

@@ -30,6 +30,9 @@ std::optional<std::uint64_t> sizeOf(const StorageItem& file) {
   return attributes.hasSizeAttribute() ? std::optional(attributes.getSize()) : std::nullopt;
 }
 
+/// A container is written as a whole, and never with half a file in it.
+bool isInContainer(const StorageItem& place) { return place.getLocation().hasInnerIRI(); }
+
 bool isLink(const StorageItem& item) {
   try {
     return item.existsExtended() == ExistenceTypeExtended::SymlinkToFile;
@@ -75,7 +78,7 @@ void FileCopier::copy(const Item& source, const Item& place, std::optional<std::
   if (!size)
     size = sizeOf(source);
   std::uint64_t shown = 0;
-  if (options_.transaction == TransactionPolicy::Atomic)
+  if (options_.transaction == TransactionPolicy::Atomic || isInContainer(place))
     shown = copyWatched(source, place, size.value_or(0));
   else
     shown = copyPlainly(source, place, size.value_or(0));

@@ -9,11 +9,20 @@ using provider::StorageItem;
 
 namespace {
 
+/// A missing container is a missing parent, too.
+void ensureContainer(const StorageItem& folder) {
+  const StorageItem root(folder, u"/");
+  if (folder.getLocation().hasInnerIRI() && !root.folderExists())
+    root.createFolder();
+}
+
 void ensureFolder(const StorageItem& folder) {
   if (folder.folderExists())
     return;
   try {
-    folder.createFolderRecursive();
+    ensureContainer(folder);
+    if (!folder.folderExists())
+      folder.createFolderRecursive();
   } catch (const provider::Exception& failure) {
     // Somebody else may have been faster.
     if (failure.getErrorCode() != provider::ErrorCode::ResourceAlreadyExists || !folder.folderExists())

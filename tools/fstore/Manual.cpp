@@ -5,10 +5,24 @@
 namespace fstore {
 
 const std::string programSummary = "Reach stored files and folders, wherever they live.";
-const std::string locationHelp = "A location is a text such as file:///home/ann/notes, or a path.";
+const std::string locationHelp =
+    "A location is a text such as file:///home/ann/notes, or a path. What an archive holds has the archive's location "
+    "in its own, or its path: zip:file:///home/ann/letters.zip!/may.txt, zip:letters.zip!/may.txt.";
 const std::string exitCodeHelp = "0 done, 1 something failed, 2 wrong usage, 129, 130 or 143 ended by a signal.";
 
 namespace {
+
+constexpr std::string_view archiveSchemes =
+    "Archives are places like all others: zip:, tar: (also compressed), 7z: or, whatever it is, archive: stands before "
+    "the location of the archive, and '!/' between that and what is in it. Archives in archives are named in the same "
+    "way, as in zip:tar:file:///home/ann/old.tar!/letters.zip!/may.txt. With a path in place of the innermost location "
+    "nothing is percent-escaped. Zip and tar archives can be written, and 'fstore mkdir zip:new.zip!/' makes one.";
+
+constexpr std::string_view archiveCommit =
+    "An operation writes an archive once, at its end, in place of the old one: the archive is the old one until then, "
+    "and remains so where writing it fails. What has been done by then is in it, and nothing by half: not the file "
+    "at which a copy failed, or which a signal has interrupted. A second signal, or one that the operation does not "
+    "wait for, ends the program at once, with the old archive in its place.";
 
 /// `text` as roff shows it literally, at whatever place in a line.
 std::string escaped(std::string_view text) {
@@ -79,7 +93,8 @@ std::string manualPage(std::span<const Command> commands, const std::string& ver
                      manualOfConfiguration() + section("OPERATIONS");
   for (const auto& command : commands)
     text += manualOf(command);
-  return text + section("DIAGNOSTICS") + "Each error is one line on standard error:\n" +
+  return text + section("ARCHIVES") + escaped(archiveSchemes) + "\n" + paragraph(archiveCommit) +
+         section("DIAGNOSTICS") + "Each error is one line on standard error:\n" +
          paragraph("fstore OPERATION: LOCATION: CODE: REASON") + section("\"EXIT STATUS\"") + escaped(exitCodeHelp) +
          "\n";
 }

@@ -3,6 +3,7 @@
 #include <fstore/Output.h>
 #include <fstore/Report.h>
 #include <fstore/Stores.h>
+#include <fstore/StoresInUse.h>
 
 #include <foundation/storage/provider/StorageItem.h>
 
@@ -17,11 +18,14 @@ struct Session {
   Report& report;
   Output& output;
   const Stores& stores;
+  StoresInUse& inUse;
 
-  /// The item that an argument names; none, once that is reported, where it names none.
+  /// The item that an argument names, whose store stays in use; none, once that is reported, where it names none.
   std::optional<foundation::storage::provider::StorageItem> open(const std::string& argument) const {
     std::optional<foundation::storage::provider::StorageItem> item;
     report.attempt(argument, [&] { item.emplace(stores.open(argument)); });
+    if (item)
+      inUse.use(*item);
     return item;
   }
 

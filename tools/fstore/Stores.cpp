@@ -1,3 +1,4 @@
+#include <fstore/ContainerPath.h>
 #include <fstore/Stores.h>
 
 #include <fl/i18n/Convert.h>
@@ -59,20 +60,45 @@ std::string absolutePath(std::string_view path) {
   return folder.append(relative);
 }
 
-StorageIRI locate(const std::string& argument) {
-  if (argument.empty())
-    throw ArgumentFailure("The path is empty");
-  if (isLocationText(argument))
-    return parse(argument);
-  return provider::toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(absolutePath(argument))));
+StorageIRI locationOf(const std::string& path) {
+  return provider::toStorageIRI(u"file", fl::filesystem::upath(fl::i18n::to_ustring(absolutePath(path))));
+}
+
+StorageIRI locationOf(const ContainerPath& place) {
+  auto location = locationOf(place.file);
+  try {
+    for (const auto& step : place.steps)
+      location = StorageIRI(fl::i18n::to_ustring(step.scheme), location, fl::i18n::to_ustring(step.path));
+  } catch (const std::runtime_error& failure) {
+    throw ArgumentFailure(failure.what());
+  }
+  return location;
+}
+
+std::string inLowerCase(std::string_view scheme) {
+  std::string text(scheme);
+  for (auto& c : text)
+    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  return text;
+}
+
+std::set<std::string> containersIn(const foundation::storage::registry::ProviderRegistry& registry) {
+  std::set<std::string> schemes;
+  for (const auto& registration : registry.registrations())
+    if (registration.role == foundation::storage::registry::Role::Container)
+      schemes.insert(fl::i18n::to_string(registration.name));
+  return schemes;
 }
 
 /// Options are checked when a store is first used; here before anything is done.
 void checkOptions(const foundation::storage::registry::ProviderRegistry& registry) {
+  using foundation::storage::registry::Role;
   for (const auto& registration : registry.registrations())
     try {
-      if (registration.role == foundation::storage::registry::Role::Physical)
+      if (registration.role == Role::Physical)
         registry.item(registration.name + u":///");
+      else if (registration.role == Role::Container)
+        registry.item(registration.name + u":memory:///a!/");
     } catch (const provider::Exception&) {
       // That there is no such place says nothing about options.
     }
@@ -86,7 +112,7 @@ bool isLocationText(std::string_view argument) {
 }
 
 Stores::Stores(const std::optional<std::string>& configuration)
-    : registry_(foundation::storage::registry::makeDefaultRegistry()) {
+    : registry_(foundation::storage::registry::makeDefaultRegistry()), containers_(containersIn(registry_)) {
   if (!configuration)
     return;
   try {
@@ -100,5 +126,15 @@ Stores::Stores(const std::optional<std::string>& configuration)
 }
 
 provider::StorageItem Stores::open(const std::string& argument) const { return registry_.item(locate(argument)); }
+
+StorageIRI Stores::locate(const std::string& argument) const {
+  if (argument.empty())
+    throw ArgumentFailure("The path is empty");
+  const auto inContainer = parseContainerPath(
+      argument, [this](std::string_view scheme) { return containers_.contains(inLowerCase(scheme)); });
+  if (inContainer)
+    return locationOf(*inContainer);
+  return isLocationText(argument) ? parse(argument) : locationOf(argument);
+}
 
 }  // namespace fstore

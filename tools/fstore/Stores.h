@@ -4,6 +4,7 @@
 #include <foundation/storage/registry/ProviderRegistry.h>
 
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -28,9 +29,9 @@ class Stores {
   explicit Stores(const std::optional<std::string>& configuration);
 
   /// The item that an argument names. One that begins with a scheme (RFC 3986, section 3.1) and ':' is
-  /// the text of a location; any other is a path of the local file system, made absolute against the
-  /// current folder and otherwise kept: its "..", too, since what lies above a link is for the system to
-  /// say. (A path that looks like a location is written "./a:b".)
+  /// the text of a location, or a `ContainerPath`; any other is a path of the local file system, made absolute
+  /// against the current folder and otherwise kept: its "..", too, since what lies above a link is for the system
+  /// to say. (A path that looks like a location is written "./a:b".)
   ///
   /// Throws `ArgumentFailure` where it is neither, `Exception` with `UnsupportedOperation` where no store serves the
   /// scheme, and what the store itself refuses.
@@ -40,7 +41,10 @@ class Stores {
   std::vector<foundation::storage::registry::Registration> registrations() const { return registry_.registrations(); }
 
  private:
+  foundation::storage::provider::StorageIRI locate(const std::string& argument) const;
+
   foundation::storage::registry::ProviderRegistry registry_;
+  std::set<std::string> containers_;  ///< schemes, in lower case
 };
 
 }  // namespace fstore
