@@ -88,12 +88,25 @@ double ratio(const Workload& workload, const std::vector<Seconds>& times, std::s
   return median(ratios);
 }
 
+const char* titleOf(Unit unit) {
+  switch (unit) {
+    case Unit::Items:
+      return "ns each";
+    case Unit::Bytes:
+      return "GB/s";
+    case Unit::Runs:
+      return "ms each";
+  }
+  return "";
+}
+
 void printRow(const Workload& workload, const std::vector<Seconds>& times, std::size_t index) {
   const auto shown = [&](double seconds) {
-    return workload.unit == Unit::Bytes ? workload.amount / seconds / 1e9 : seconds * 1e9 / workload.amount;
+    return workload.unit == Unit::Bytes ? workload.amount / seconds / 1e9
+                                        : seconds * (workload.unit == Unit::Runs ? 1e3 : 1e9) / workload.amount;
   };
   const auto& entrant = workload.entrants[index];
-  const int decimals = workload.unit == Unit::Bytes ? 2 : 0;
+  const int decimals = workload.unit == Unit::Items ? 0 : 2;
   std::printf("  %-28s %12.*f %12.*f", entrant.name.c_str(), decimals, shown(median(times[index])), decimals,
               shown(*std::min_element(times[index].begin(), times[index].end())));
   if (const double multiple = ratio(workload, times, index); multiple > 0)
@@ -103,8 +116,8 @@ void printRow(const Workload& workload, const std::vector<Seconds>& times, std::
 }
 
 void print(const Workload& workload, const std::vector<Seconds>& times) {
-  std::printf("%s\n  %-28s %12s %12s %9s\n", workload.title.c_str(), workload.unit == Unit::Bytes ? "GB/s" : "ns each",
-              "median", "best", "x limit");
+  std::printf("%s\n  %-28s %12s %12s %9s\n", workload.title.c_str(), titleOf(workload.unit), "median", "best",
+              "x limit");
   for (std::size_t index = 0; index < times.size(); ++index)
     printRow(workload, times, index);
   for (const auto& note : workload.notes)

@@ -19,7 +19,11 @@ struct Entrant {
   bool isApart = false;
 };
 
-enum class Unit { Items, Bytes };
+enum class Unit {
+  Items,  ///< shown in nanoseconds each
+  Bytes,  ///< in GB/s
+  Runs,   ///< in milliseconds each
+};
 
 struct Workload {
   std::string title;

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "disk/Data.h"
-#include "disk/Harness.h"
+#include "disk/Selection.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,12 +13,6 @@ struct Place {
   const Space& space;
   std::string title;  ///< such as "on disk"
   bool isMemory = false;
-};
-
-/// A workload by its name for the command line; its files are made when it is built.
-struct Offer {
-  std::string name;
-  std::function<Workload()> build;
 };
 
 // What there is to measure. A place must outlive what is offered for it. A workload's check throws

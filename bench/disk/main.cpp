@@ -4,7 +4,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -17,9 +16,7 @@ using namespace bench;
 struct Options {
   std::string data = std::getenv("TMPDIR") != nullptr ? std::getenv("TMPDIR") : "/var/tmp";
   std::string memory = "/dev/shm";
-  std::size_t rounds = 7;
-  std::vector<std::string> only;
-  std::vector<std::string> peers;
+  Selection selection;
   bool isSmall = false;
 };
 
@@ -29,11 +26,7 @@ void declare(CLI::App& app, Options& options) {
       ->check(CLI::ExistingDirectory)
       ->capture_default_str();
   app.add_option("--memory", options.memory, "Folder on a tmpfs, for what is measured there")->capture_default_str();
-  app.add_option("--rounds", options.rounds, "How often each workload is done")
-      ->check(CLI::PositiveNumber)
-      ->capture_default_str();
-  app.add_option("--only", options.only, "Only the workloads whose names begin with one of these");
-  app.add_option("--peers", options.peers, "Only these, such as ours and limit: to trace or to profile them");
+  declare(app, options.selection);
   app.add_flag("--small", options.isSmall, "A hundredth of the work, to see whether all works");
 }
 
@@ -51,30 +44,6 @@ std::vector<Offer> allOf(const Place& disk, const std::optional<Place>& memory, 
   return offers;
 }
 
-bool isWanted(const Options& options, const Offer& offer) {
-  return options.only.empty() || std::any_of(options.only.begin(), options.only.end(),
-                                             [&](const std::string& name) { return offer.name.starts_with(name); });
-}
-
-Workload chosen(const Options& options, const Offer& offer) {
-  auto workload = offer.build();
-  const auto isUnwanted = [&](const Entrant& entrant) {
-    return std::find(options.peers.begin(), options.peers.end(), entrant.name) == options.peers.end();
-  };
-  if (!options.peers.empty())
-    std::erase_if(workload.entrants, isUnwanted);
-  return workload;
-}
-
-/// Says in a failure's text where it was.
-void measureByName(const Options& options, const Offer& offer) {
-  try {
-    measure(chosen(options, offer), options.rounds);
-  } catch (const std::exception& failure) {
-    throw std::runtime_error(offer.name + ": " + failure.what());
-  }
-}
-
 void run(const Options& options) {
   const auto scale = options.isSmall ? smallScale() : Scale{};
   const Space onDisk(options.data);
@@ -83,18 +52,11 @@ void run(const Options& options) {
   const Place disk{onDisk, "on disk"};
   const auto memory = inMemory ? std::optional<Place>({*inMemory, "in memory", true}) : std::nullopt;
   std::printf("Data in %s; %zu rounds after one to warm up, so that what is read is in the page cache.\n",
-              options.data.c_str(), options.rounds);
+              options.data.c_str(), options.selection.rounds);
   if (!hasMemory)
     std::printf("%s is no tmpfs with room for it; nothing is measured in memory.\n", options.memory.c_str());
   std::printf("\n");
-  std::size_t count = 0;
-  for (const auto& offer : allOf(disk, memory, scale))
-    if (isWanted(options, offer)) {
-      measureByName(options, offer);
-      ++count;
-    }
-  if (count == 0)
-    throw std::runtime_error("there is no such workload");
+  measure(allOf(disk, memory, scale), options.selection);
 }
 
 }  // namespace
