@@ -1,25 +1,20 @@
 // Kills programs that replace a file: whatever the moment, the file is whole.
 
+#include "Killing.h"
 #include "TemporaryFolder.h"
-#include "support/Retry.h"
 
 #include <foundation/storage/provider/ScratchFiles.h>
 
 #include <boost/date_time/posix_time/posix_time_types.hpp>
 
 #include <algorithm>
-#include <array>
-#include <csignal>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <functional>
 #include <iostream>
 #include <random>
 #include <set>
 #include <string_view>
-#include <sys/wait.h>
 #include <utility>
 #include <vector>
 
@@ -32,16 +27,8 @@ constexpr int kills = 2000;
 constexpr int killsASweep = 100;
 constexpr std::size_t largestPayload = 120 * 1024;
 
-/// The same draws again: the program prints its seed, and takes one from the environment.
-std::uint32_t chooseSeed() {
-  const char* given = std::getenv("FOUNDATION_TEST_SEED");
-  const auto seed = given != nullptr ? static_cast<std::uint32_t>(std::stoul(given)) : std::random_device()();
-  std::cout << "FOUNDATION_TEST_SEED=" << seed << std::endl;
-  return seed;
-}
-
-/// A number below `limit`.
-std::size_t draw(std::mt19937& random, std::size_t limit) { return random() % limit; }
+using testing::draw;
+using testing::startAndKill;
 
 /// What stands in front of a content: of no other one, nor of a part or a mixture, are both true.
 struct Header {
@@ -77,20 +64,9 @@ class Replacer {
   Replacer(StorageItem target, std::vector<StorageItem> sources, const std::vector<std::string>& contents)
       : target_(std::move(target)), sources_(std::move(sources)), contents_(contents) {}
 
-  /// @param ready  is written to once it begins
-  [[noreturn]] void runUntilKilled(std::mt19937::result_type seed, int ready) {
-    random_.seed(seed);
-    try {
-      if (write(ready, "!", 1) == 1)
-        for (;;)
-          replace();
-    } catch (const std::exception& failure) {
-      std::cerr << "the killed program: " << failure.what() << std::endl;
-    }
-    _exit(1);
-  }
+  void seed(std::mt19937::result_type seed) { random_.seed(seed); }
 
- private:
+  /// Once, in one way or another.
   void replace() {
     switch (draw(random_, 8)) {
       case 0:
@@ -104,6 +80,7 @@ class Replacer {
     }
   }
 
+ private:
   std::unique_ptr<TransactionalStream> open() {
     return target_.openTransactionalStream(
         {.access = draw(random_, 2) == 0 ? ByteStreamAccess::WriteOnly : ByteStreamAccess::ReadWrite});
@@ -133,48 +110,6 @@ class Replacer {
   const std::vector<std::string>& contents_;
   std::mt19937 random_;
 };
-
-/// The two ends of a pipe.
-class Pipe {
- public:
-  Pipe() {
-    if (pipe2(ends_.data(), O_CLOEXEC) == -1)
-      throw std::runtime_error("no pipe");
-  }
-  ~Pipe() {
-    close(ends_[0]);
-    close(ends_[1]);
-  }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-
-  void waitForByte() const {
-    char byte = 0;
-    EXPECT_EQ(testing::retried([&] { return read(ends_[0], &byte, 1); }), 1);
-  }
-  int input() const { return ends_[1]; }
-
- private:
-  std::array<int, 2> ends_{};
-};
-
-/// Starts `replacer` in a process of its own and kills it after `microseconds`.
-/// @return how it ended, as waitpid(2) tells it
-int startAndKill(Replacer& replacer, std::mt19937::result_type seed, std::size_t microseconds) {
-  const Pipe ready;
-  const pid_t child = fork();
-  if (child == 0)
-    replacer.runUntilKilled(seed, ready.input());
-  if (child == -1)
-    throw std::runtime_error("no process");
-  ready.waitForByte();
-  const timespec delay{0, static_cast<long>(microseconds * 1000)};
-  nanosleep(&delay, nullptr);
-  EXPECT_EQ(kill(child, SIGKILL), 0);
-  int status = 0;
-  EXPECT_EQ(testing::retried([&] { return waitpid(child, &status, 0); }), child);
-  return status;
-}
 
 class KillTest : public LocalTest {
  protected:
@@ -220,7 +155,7 @@ class KillTest : public LocalTest {
     EXPECT_EQ(countScratchFiles(), 0u);
   }
 
-  std::mt19937 random{chooseSeed()};
+  std::mt19937 random{testing::chooseSeed()};
   std::vector<std::string> contents;
   const std::vector<std::string> bystanders{".tmp.bak", ".01234567-89AB-cdef-0123-456789abcdef.tmp.bak",
                                             "01234567-89ab-cdef-0123-456789abcdef.tmp.bak"};
@@ -234,9 +169,8 @@ TEST_F(KillTest, LeavesTheOldOrTheNewContent) {
   std::size_t scratchFiles = 0;
   for (int round = 1; round <= kills; ++round) {
     SCOPED_TRACE(round);
-    const auto seed = random();
-    const int status = startAndKill(replacer, seed, draw(random, longestDelay));
-    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    replacer.seed(random());
+    ASSERT_TRUE(startAndKill([&] { replacer.replace(); }, draw(random, longestDelay)));
     const auto before = std::exchange(target, content("folder/target"));
     ASSERT_TRUE(isWhole(target)) << target.size() << " bytes";
     changes += target != before ? 1 : 0;

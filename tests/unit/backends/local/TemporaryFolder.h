@@ -24,7 +24,7 @@ namespace foundation::storage::backend::local {
 using namespace provider;
 
 /// Tests in a folder of their own, as an item of the back end and as a path for looking at it from outside.
-class LocalTest : public testing::Test {
+class LocalTest : public ::testing::Test {
  protected:
   explicit LocalTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
       : path(makeFolder(parent)) {
