@@ -3,6 +3,7 @@
 #include <foundation/storage/backend/archive/detail/Archive.h>
 #include <foundation/storage/backend/archive/detail/ArchiveProvider.h>
 #include <foundation/storage/backend/archive/detail/Format.h>
+#include <foundation/storage/provider/Exception.h>
 
 namespace foundation::storage::backend::archive {
 
@@ -19,6 +20,17 @@ std::u16string schemeOf(ArchiveFormat format) {
     default:
       return u"archive";
   }
+}
+
+/// Of what is not there, by the nearest folder above it that is.
+provider::StorageIRI canonicalLocation(const provider::StorageItem& item) {
+  try {
+    return item.getCanonicalLocation();
+  } catch (const provider::Exception& failure) {
+    if (failure.getErrorCode() != provider::ErrorCode::ResourceNotFound || !item.hasParent())
+      throw;
+  }
+  return {canonicalLocation(item.getParent()), item.getName()};
 }
 
 }  // namespace
@@ -42,7 +54,7 @@ std::shared_ptr<provider::IProvider> ArchiveProviderFactory::doBuildProvider(
 }
 
 provider::StorageIRI ArchiveProviderFactory::doGetKey(const provider::StorageItem& container) const {
-  return {schemeOf(format_), container.getCanonicalLocation(), u"/"};
+  return {schemeOf(format_), canonicalLocation(container), u"/"};
 }
 
 }  // namespace foundation::storage::backend::archive
