@@ -238,8 +238,7 @@ inline void checkChanging(const PlacedArchive& archive, const SeenArchive& befor
   });
   require(!before.refusal || refusal, "an archive that cannot be read is not changed", name);
   if (!refusal && !archiveFailure(archive.root().getLocation(), [&] { archive.root().flushFilesystem(); })) {
-    const PlacedArchive again(archive.format(), archive.bytes());
-    checkRewritten(before, seenArchive(again.root(), bounds), name);
+    checkRewritten(before, seenArchive(archive.placedAnew().root(), bounds), name);
     return;
   }
   require(archive.bytes() == bytes, "a change that fails leaves the archive as it was", name);

@@ -9,7 +9,9 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace foundation::storage::testing {
 
@@ -32,15 +34,17 @@ inline std::string wholeContent(const provider::StorageItem& file) {
 /// An archive that is the one file in a store in memory, with a provider of its own over it.
 class PlacedArchive {
  public:
-  PlacedArchive(ArchiveFormat format, const std::string& bytes, const ArchiveLimits& limits = {})
-      : format_(format), factory_(format) {
+  /// @param name  of the file
+  PlacedArchive(ArchiveFormat format, const std::string& bytes, ArchiveLimits limits = {},
+                const std::u16string& name = u"archive")
+      : format_(format), limits_(std::move(limits)), factory_(format), file_(newFile(name)) {
     const auto stream = file_.openStream({});
     for (std::size_t at = 0; at < bytes.size();)
       at += static_cast<std::size_t>(stream->write(bytes.data() + at, static_cast<std::int64_t>(bytes.size() - at)));
     stream->close();
     boost::property_tree::ptree options;
-    for (const auto& [name, value] : limits)
-      options.put(name, value);
+    for (const auto& [option, value] : limits_)
+      options.put(option, value);
     factory_.configure(options);
     provider_ = factory_.buildProvider(file_);
   }
@@ -59,16 +63,19 @@ class PlacedArchive {
 
   /// What is in the store now.
   std::string bytes() const { return wholeContent(file_); }
+  /// That, in another store with another provider.
+  PlacedArchive placedAnew() const { return {format_, bytes(), limits_, file_.getName()}; }
 
  private:
-  static provider::StorageItem newFile() {
+  static provider::StorageItem newFile(const std::u16string& name) {
     const provider::StorageIRI root(u"memory:///");
-    return {backend::memory::MemoryProviderFactory().buildProvider(root), provider::StorageIRI(root, u"archive")};
+    return {backend::memory::MemoryProviderFactory().buildProvider(root), provider::StorageIRI(root, name)};
   }
 
   ArchiveFormat format_;
+  ArchiveLimits limits_;
   backend::archive::ArchiveProviderFactory factory_;
-  provider::StorageItem file_ = newFile();
+  provider::StorageItem file_;
   std::shared_ptr<provider::IProvider> provider_;
 };
 

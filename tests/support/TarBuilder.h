@@ -41,6 +41,14 @@ inline std::string base256(std::uint64_t value, int width, char fill) {
   return field;
 }
 
+/// Puts the right checksum into a header.
+inline void setChecksum(std::string& header) {
+  header.replace(148, 8, 8, ' ');
+  const auto sum = std::accumulate(header.begin(), header.end(), 0U,
+                                   [](unsigned so, char byte) { return so + static_cast<unsigned char>(byte); });
+  header.replace(148, 8, octal(sum, 7) + std::string("\0 ", 2));
+}
+
 /// One block of 512 bytes (POSIX.1-2017, pax, "ustar Interchange Format").
 inline std::string tarHeader(const TarEntry& entry) {
   std::string header(512, '\0');
@@ -53,13 +61,11 @@ inline std::string tarHeader(const TarEntry& entry) {
   put(116, 8, octal(1000, 8));
   put(124, 12, entry.sizeField.value_or(octal(entry.content.size(), 12)));
   put(136, 12, entry.timeField.value_or(octal(1'735'732'800, 12)));
-  put(148, 8, "        ");
   header[156] = entry.type;
   put(157, 100, entry.link);
   put(257, 8, std::string("ustar\00000", 8));
-  const auto sum = std::accumulate(header.begin(), header.end(), 0U,
-                                   [](unsigned so, char byte) { return so + static_cast<unsigned char>(byte); });
-  put(148, 8, entry.checksumField.value_or(octal(sum, 7) + std::string("\0 ", 2)));
+  setChecksum(header);
+  put(148, 8, entry.checksumField.value_or(""));
   return header;
 }
 
