@@ -372,33 +372,52 @@ TEST(HostileArchiveTest, ZipsGiveNoMoreThanTheLimits) {
   Entries many;
   for (int at = 0; at < 11; ++at)
     many.push_back(file("f" + std::to_string(at)));
-  expectShown(ArchiveFormat::Zip,
-              {
-                  {"a bomb",
-                   zip({{.name = "a", .method = 8, .data = bomb, .size = 1U << 30}, fine}),
-                   {"a !FileTooLarge", fineLine}},
-                  {"a bomb that says it is small",
-                   zip({{.name = "a", .method = 8, .data = bomb, .size = 100}, fine}),
-                   {"a !IOError", fineLine}},
-                  {"just below the ratio", zip({{.name = "a", .content = below, .method = 8}}), {"a = 8388608 bytes"}},
-                  {"above the ratio", zip({{.name = "a", .content = above, .method = 8}}), {"a !FileTooLarge"}},
-                  {"another ratio",
-                   zip({{.name = "a", .content = below, .method = 8}}),
-                   {"a !FileTooLarge"},
-                   {},
-                   {{"max-ratio", 10}}},
-                  {"a small one of any ratio",
-                   zip({{.name = "a", .content = std::string(mebibyte, '\0'), .method = 8}}),
-                   {"a = 1048576 bytes"}},
-                  {"many entries over one content", zip(overlapping), overlap},
-                  {"all of them together",
-                   zip(several),
-                   {"f0 = 1048576 bytes", "f1 = 1048576 bytes", "f2 !FileTooLarge"},
-                   {},
-                   {{"max-total-size", 2 * mebibyte}}},
-                  {"as many entries as may be", zip({file("a"), fine}), {"a = x", fineLine}, {}, {{"max-entries", 2}}},
-                  {"one entry too many", zip(many), {"!FileTooLarge"}, {}, {{"max-entries", 10}}},
-              });
+  expectShown(
+      ArchiveFormat::Zip,
+      {
+          {"a bomb",
+           zip({{.name = "a", .method = 8, .data = bomb, .size = 1U << 30}, fine}),
+           {"a !FileTooLarge", fineLine}},
+          {"a bomb that says it is small",
+           zip({{.name = "a", .method = 8, .data = bomb, .size = 100}, fine}),
+           {"a !IOError", fineLine}},
+          {"just below the ratio", zip({{.name = "a", .content = below, .method = 8}}), {"a = 8388608 bytes"}},
+          {"above the ratio", zip({{.name = "a", .content = above, .method = 8}}), {"a !FileTooLarge"}},
+          {"another ratio",
+           zip({{.name = "a", .content = below, .method = 8}}),
+           {"a !FileTooLarge"},
+           {},
+           {{"max-ratio", 10}}},
+          {"a small one of any ratio",
+           zip({{.name = "a", .content = std::string(mebibyte, '\0'), .method = 8}}),
+           {"a = 1048576 bytes"}},
+          {"many entries over one content", zip(overlapping), overlap},
+          {"all of them together",
+           zip(several),
+           {"f0 = 1048576 bytes", "f1 = 1048576 bytes", "f2 !FileTooLarge"},
+           {},
+           {{"max-total-size", 2 * mebibyte}}},
+          {"as many entries as may be", zip({file("a"), fine}), {"a = x", fineLine}, {}, {{"max-entries", 2}}},
+          {"one entry too many", zip(many), {"!FileTooLarge"}, {}, {{"max-entries", 10}}},
+          {"as many folders as may be", zip({file("a/b")}), {"a/", "a/b = x"}, {}, {{"max-entries", 2}}},
+          {"folders that only names tell of", zip({file("a/b/c")}), {"!FileTooLarge"}, {}, {{"max-entries", 2}}},
+      });
+}
+
+TEST(HostileArchiveTest, ListingDeepTreesTakesLittleMemory) {
+  constexpr std::size_t depth = 4'000;
+  constexpr std::size_t count = 30;
+  Entries deep;
+  for (std::size_t at = 0; at < count; ++at)
+    deep.push_back(file(std::to_string(at) + "/" + repeated("d/", depth) + "f"));
+  const PlacedArchive archive(ArchiveFormat::Zip, zip(deep));
+  EXPECT_TRUE(archive.at("0").folderExists());
+  const auto memory = peakMemory();
+  std::size_t found = 0;
+  for (const auto entries = archive.root().listAllRecursive(u""); entries->hasNext(); ++found)
+    entries->next();
+  EXPECT_EQ(found, count * (depth + 2));
+  EXPECT_LT(peakMemory(), memory + 256 * mebibyte);  // all paths at once would take 900 MiB
 }
 
 TEST(HostileArchiveTest, WhatIsWrittenIsWithinTheLimits) {
