@@ -54,8 +54,9 @@ inline bool isLink(ExistenceTypeExtended kind) {
 }
 
 /// A failure says what it is about, and why.
+/// @return where it says that it was
 template <class Failure>
-ErrorCode checkArchiveFailure(const Failure& failure, const StorageIRI& location) {
+std::u16string checkArchiveFailure(const Failure& failure, const StorageIRI& location) {
   for (const auto& context : failure.getAllExceptionContexts()) {
     const auto info = context.getExceptionContextInfo();
     if (context.getExceptionContextKey() != u"archive" || !info)
@@ -63,24 +64,41 @@ ErrorCode checkArchiveFailure(const Failure& failure, const StorageIRI& location
     require(!info->getProviderMessage().empty(), "a failure says why", location.toString());
     const auto details = info->getAdditionalInformation();
     const auto told = details.find(u"location");
-    require(told != details.end() && told->second == location.toString(), "a failure says where", location.toString());
-    return failure.getErrorCode();
+    require(told != details.end(), "a failure says where", location.toString());
+    return told->second;
   }
   throw Violation("a failure has the archive's context", location.toString());
 }
 
-/// The code of the failure that `action` throws at `location`, if it throws one.
+/// What an operation at `location` failed with, if it did.
+struct ArchiveFailure {
+  ErrorCode code;
+  std::u16string location;
+};
+
 template <class Action>
-std::optional<ErrorCode> archiveFailure(const StorageIRI& location, const Action& action) {
+std::optional<ArchiveFailure> archiveFailure(const StorageIRI& location, const Action& action) {
   try {
     action();
     return std::nullopt;
   } catch (const storage::provider::Exception& failure) {
-    require(failure.getStorageIRI() == location, "a failure carries its location", location.toString());
-    return checkArchiveFailure(failure, location);
+    const auto told = checkArchiveFailure(failure, location);
+    require(failure.getStorageIRI().toString() == told, "a failure is where its context says", told);
+    return ArchiveFailure{failure.getErrorCode(), told};
   } catch (const storage::provider::ByteStreamFailure& failure) {
-    return checkArchiveFailure(failure, location);
+    return ArchiveFailure{failure.getErrorCode(), checkArchiveFailure(failure, location)};
   }
+}
+
+/// The code of the failure that `action` throws, if it throws one, which has to be about `location`.
+template <class Action>
+std::optional<ErrorCode> archiveFailureAt(const StorageIRI& location, const Action& action) {
+  const auto failure = archiveFailure(location, action);
+  if (!failure)
+    return std::nullopt;
+  require(failure->location == location.toString(), "a failure carries its location",
+          location.toString() + u", not " + failure->location);
+  return failure->code;
 }
 
 inline std::vector<FolderEntry> listed(storage::provider::IProvider::Listing entries) {
@@ -127,7 +145,7 @@ inline void checkSeeking(storage::provider::ByteStream& stream, const std::strin
 }
 
 inline void readEntry(const StorageItem& item, const ArchiveBounds& bounds, SeenEntry& seen) {
-  seen.failure = archiveFailure(item.getLocation(), [&] {
+  seen.failure = archiveFailureAt(item.getLocation(), [&] {
     const auto stream = item.openReadOnlyStream();
     seen.isWhole = readOn(*stream, bounds.bytes, seen.content);
   });
@@ -144,7 +162,7 @@ inline SeenEntry seenEntry(const StorageItem& item, const FolderEntry& entry) {
   SeenEntry seen{.path = entry.getName()};
   checkArchivePath(seen.path);
   const auto& text = item.getLocation().toString();
-  seen.failure = archiveFailure(item.getLocation(), [&] {
+  seen.failure = archiveFailureAt(item.getLocation(), [&] {
     seen.kind = item.existsExtended();
     const auto exists = item.exists();
     require(seen.kind != ExistenceTypeExtended::None, "what is listed exists", text);
@@ -175,7 +193,7 @@ inline void checkFolderListing(const StorageItem& root, const std::u16string& fo
 inline SeenArchive seenArchive(const StorageItem& root, const ArchiveBounds& bounds = {}) {
   SeenArchive archive;
   std::vector<FolderEntry> entries;
-  archive.refusal = archiveFailure(root.getLocation(), [&] { entries = listed(root.listAllRecursive(u"")); });
+  archive.refusal = archiveFailureAt(root.getLocation(), [&] { entries = listed(root.listAllRecursive(u"")); });
   if (archive.refusal)
     return archive;
   std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.getName() < b.getName(); });
@@ -226,6 +244,11 @@ inline void checkRewritten(const SeenArchive& before, const SeenArchive& after, 
   }
 }
 
+/// Whether it is about an archive as a whole, or about something that is in it.
+inline bool isWithin(const ArchiveFailure& failure, const StorageIRI& root) {
+  return failure.location.starts_with(root.toString());
+}
+
 /// A change is written with all that was there, or fails and leaves the archive's bytes alone.
 inline void checkChanging(const PlacedArchive& archive, const SeenArchive& before, const ArchiveBounds& bounds) {
   const auto bytes = archive.bytes();
@@ -237,7 +260,10 @@ inline void checkChanging(const PlacedArchive& archive, const SeenArchive& befor
     stream->close();
   });
   require(!before.refusal || refusal, "an archive that cannot be read is not changed", name);
-  if (!refusal && !archiveFailure(archive.root().getLocation(), [&] { archive.root().flushFilesystem(); })) {
+  const auto root = archive.root().getLocation();
+  const auto failure = refusal ? refusal : archiveFailure(root, [&] { archive.root().flushFilesystem(); });
+  require(!failure || isWithin(*failure, root), "a change fails at the archive or in it", name);
+  if (!failure) {
     checkRewritten(before, seenArchive(archive.placedAnew().root(), bounds), name);
     return;
   }

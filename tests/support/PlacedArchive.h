@@ -50,15 +50,17 @@ class PlacedArchive {
   }
 
   ArchiveFormat format() const { return format_; }
-  provider::StorageItem root() const {
-    return {provider_, provider::StorageIRI(u"archive", file_.getLocation(), u"/")};
+  std::u16string scheme() const {
+    static constexpr const char16_t* schemes[] = {u"zip", u"tar", u"sevenzip", u"archive"};
+    return schemes[static_cast<std::size_t>(format_)];
   }
+  provider::StorageItem root() const { return {provider_, provider::StorageIRI(scheme(), file_.getLocation(), u"/")}; }
   /// @param path  in the archive, in bytes
   provider::StorageItem at(const std::string& path) const { return {root(), fl::i18n::to_ustring(path)}; }
 
   /// The root of an archive of the same format in an archive, through the same factory.
   provider::StorageItem rootInside(const provider::StorageItem& container) const {
-    return {factory_.buildProvider(container), provider::StorageIRI(u"archive", container.getLocation(), u"/")};
+    return {factory_.buildProvider(container), provider::StorageIRI(scheme(), container.getLocation(), u"/")};
   }
 
   /// What is in the store now.

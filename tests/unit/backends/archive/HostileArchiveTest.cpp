@@ -73,9 +73,12 @@ std::size_t peakMemory() {
 }
 
 void expectHidden(const StorageItem& item) {
-  EXPECT_EQ(item.exists(), ExistenceType::AsNeither);
-  EXPECT_EQ(item.existsExtended(), ExistenceTypeExtended::None);
-  const auto code = laws::archiveFailure(item.getLocation(), [&] { item.openReadOnlyStream(); });
+  const auto asking = laws::archiveFailureAt(item.getLocation(), [&] {
+    EXPECT_EQ(item.exists(), ExistenceType::AsNeither);
+    EXPECT_EQ(item.existsExtended(), ExistenceTypeExtended::None);
+  });
+  EXPECT_EQ(asking.value_or(ErrorCode::InvalidLocation), ErrorCode::InvalidLocation);
+  const auto code = laws::archiveFailureAt(item.getLocation(), [&] { item.openReadOnlyStream(); });
   EXPECT_TRUE(code == ErrorCode::ResourceNotFound || code == ErrorCode::InvalidLocation)
       << (code ? nameOf(*code) : "it opens");
 }
@@ -210,7 +213,7 @@ TEST(HostileArchiveTest, KindsInZipsDoNotCollide) {
 TEST(HostileArchiveTest, LinksInZipsStayInside) {
   auto chain = Lines{};
   for (int at = 10; at < 60; ++at)
-    chain.push_back("l" + std::to_string(at) + " -> file = fine");
+    chain.push_back("l" + std::to_string(at) + (at < 20 ? " -> nothing" : " -> file = fine"));
   chain.push_back(fineLine);
   const std::string nul = std::string("ok\0x", 4);
   expectShown(
@@ -230,7 +233,7 @@ TEST(HostileArchiveTest, LinksInZipsStayInside) {
           {"to nothing", zip({link("l", ""), link("m", "missing"), fine}), {"l -> nothing", "m -> nothing", fineLine}},
           {"with a NUL", zip({link("l", nul), fine}), {"l -> nothing", fineLine}},
           {"through a file", zip({link("l", "ok/x"), fine}), {"l -> nothing", fineLine}},
-          {"fifty of them", zip(chainOfLinks()), chain},
+          {"fifty of them, of which forty are followed", zip(chainOfLinks()), chain},
           {"a target of 1 GiB",
            zip({{.name = "l", .mode = 0120777, .data = deflatedZeros("", 1024), .size = 1U << 30}, fine}),
            {"l -> nothing", fineLine}},
@@ -346,7 +349,7 @@ std::string mixed(std::size_t size, std::size_t randomBytes) {
 }
 
 TEST(HostileArchiveTest, ZipsGiveNoMoreThanTheLimits) {
-  const auto below = mixed(8 * mebibyte, 750);
+  const auto below = mixed(8 * mebibyte, 600);
   const auto above = mixed(8 * mebibyte, 450);
   const auto ratioOf = [](const std::string& content) { return content.size() / deflated(content).size(); };
   ASSERT_GT(ratioOf(below), 70U);
@@ -446,8 +449,9 @@ TEST(HostileArchiveTest, ArchivesInArchivesEndSomewhere) {
   const auto middle = archive.rootInside(archive.at("m.zip"));
   EXPECT_EQ(described(laws::seenArchive(middle)), Lines{"i.zip = " + std::to_string(inner.size()) + " bytes"});
   const StorageItem container(middle, u"i.zip");
-  const StorageIRI deepest(u"archive", container.getLocation(), u"/");
-  EXPECT_EQ(laws::archiveFailure(deepest, [&] { archive.rootInside(container).exists(); }), ErrorCode::InvalidLocation);
+  const StorageIRI deepest(archive.scheme(), container.getLocation(), u"/");
+  EXPECT_EQ(laws::archiveFailureAt(deepest, [&] { archive.rootInside(container).exists(); }),
+            ErrorCode::InvalidLocation);
 }
 
 TarEntry tarFile(const std::string& name) { return {.name = name, .content = "x"}; }
