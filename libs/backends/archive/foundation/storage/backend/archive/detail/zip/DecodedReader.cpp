@@ -67,7 +67,11 @@ void DecodedReader::requireWell(long long result) {
   if (result >= ARCHIVE_OK)
     return;
   const char* reason = archive_error_string(decoder_.get());
-  throw damage(std::string("the entry cannot be decoded: ") + (reason != nullptr ? reason : "it is damaged"));
+  const auto text = std::string("the entry cannot be decoded: ") + (reason != nullptr ? reason : "it is damaged");
+  // libarchive has no code of its own for this.
+  if (text.find("nsupported ZIP compression") != text.npos)
+    throw Fault(provider::ErrorCode::UnsupportedOperation, text);
+  throw damage(text);
 }
 
 long DecodedReader::giveBytes(::archive* /*decoder*/, void* self, const void** bytes) noexcept {
@@ -105,10 +109,10 @@ std::size_t DecodedReader::read(char* buffer, std::size_t count) {
   requireWell(got);
   const auto bytes = static_cast<std::size_t>(got);
   produced_ += bytes;
+  if (produced_ > content_.size || (bytes == 0 && produced_ != content_.size))
+    throw damage("the entry's content has another size than the zip's directory tells");
   Budget::requireRatio(limits_, produced_, consumed_);
   budget_.note(content_.number, produced_);
-  if (bytes == 0 && produced_ != content_.size)
-    throw damage("the entry's content has another size than the zip's directory tells");
   return bytes;
 }
 
