@@ -150,7 +150,7 @@ bool Archive::load() const {
     return false;
   }
   auto stored = readArchive(format_, container_, configuration_.limits);
-  auto tree = std::make_unique<Tree>(*stored, stamp->lastModified);
+  auto tree = std::make_unique<Tree>(*stored, stamp->lastModified, configuration_.limits);
   stored_ = std::move(stored);
   tree_ = std::move(tree);
   stamp_ = stamp;
@@ -378,7 +378,7 @@ void Archive::createFolder(const Place& place) {
 
 void Archive::begin() {
   stored_ = std::make_shared<NoEntries>();
-  tree_ = std::make_unique<Tree>(*stored_, now());
+  tree_ = std::make_unique<Tree>(*stored_, now(), configuration_.limits);
 }
 
 void Archive::createFolders(const Place& place) {

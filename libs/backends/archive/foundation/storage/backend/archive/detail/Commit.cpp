@@ -1,5 +1,6 @@
 #include <foundation/storage/backend/archive/detail/Commit.h>
 
+#include <foundation/storage/backend/archive/detail/Fault.h>
 #include <foundation/storage/backend/archive/detail/Format.h>
 #include <foundation/storage/backend/archive/detail/Output.h>
 #include <foundation/storage/backend/archive/detail/StagedReader.h>
@@ -26,6 +27,7 @@ void Commit::plan() {
   for (const auto number : tree_.hidden())
     items_.push_back({nullptr, number, {}});
   visitBelow(tree_.root(), true, [&](const std::u16string& path, const auto&, Node& node) {
+    ++nodes_;
     if (isWritten(node))
       items_.push_back({&node, node.entry.value_or(isNew), fl::i18n::to_string(path)});
   });
@@ -34,6 +36,10 @@ void Commit::plan() {
 }
 
 void Commit::write(ArchiveFormat format, const std::shared_ptr<Container>& container, const Limits& limits) {
+  if (nodes_ > limits.entries)
+    throw Fault(provider::ErrorCode::FileTooLarge, "the archive would have more entries and folders than the " +
+                                                       std::to_string(limits.entries) +
+                                                       " that the option max-entries allows");
   const auto stream =
       container->item().openTransactionalStream({.access = provider::ByteStreamAccess::WriteOnly,
                                                  .create = provider::ByteStreamCreate::Create,

@@ -53,6 +53,7 @@ class Commit {
   std::shared_ptr<const StoredArchive> stored_;
   std::shared_ptr<const StoredArchive> written_;
   std::vector<Item> items_;
+  std::uint64_t nodes_ = 0;  ///< of the tree, folders that names only imply included
 };
 
 }  // namespace foundation::storage::backend::archive::detail

@@ -48,7 +48,8 @@ bool leadsOut(const Node& link) { return !link.target || link.target->starts_wit
 
 }  // namespace
 
-Tree::Tree(const StoredArchive& archive, const boost::posix_time::ptime& time) : time_(time) {
+Tree::Tree(const StoredArchive& archive, const boost::posix_time::ptime& time, const Limits& limits)
+    : time_(time), limits_(limits) {
   root_.lastModified = time;
   for (std::size_t number = 0; number < archive.entries().size(); ++number)
     add(archive, number);
@@ -62,26 +63,38 @@ void Tree::add(const StoredArchive& archive, std::size_t number) {
     hidden_.push_back(number);
     return;
   }
-  auto& node = folder->children[std::move(names->back())];
   const bool isFolder = entry.kind == EntryKind::Folder;
-  if (node && node->isFolder() != isFolder) {
+  auto& node = makeNode(*folder, names->back(), entry.kind);
+  if (node->isFolder() != isFolder) {
     hidden_.push_back(number);
     return;
   }
-  if (!node || !isFolder)
+  if (!isFolder)
     node = std::make_unique<Node>(entry.kind);
   fill(*node, archive, number);
+}
+
+/// What a folder has under a name; where that is nothing, a new node.
+std::unique_ptr<Node>& Tree::makeNode(Node& folder, const std::u16string& name, EntryKind kind) {
+  const auto present = folder.children.find(name);
+  if (present != folder.children.end())
+    return present->second;
+  // A short archive can have names that imply many folders.
+  if (nodes_ == limits_.entries)
+    throw Fault(provider::ErrorCode::FileTooLarge, "the names of the archive's entries imply more folders than the " +
+                                                       std::to_string(limits_.entries) +
+                                                       " entries that the option max-entries allows");
+  ++nodes_;
+  auto node = std::make_unique<Node>(kind);
+  node->lastModified = time_;
+  return folder.children.emplace(name, std::move(node)).first->second;
 }
 
 /// The folder that holds the last name; null where something else is on the way.
 Node* Tree::makeFolders(const Names& names) {
   auto* folder = &root_;
   for (auto name = names.begin(); name + 1 != names.end(); ++name) {
-    auto& child = folder->children[*name];
-    if (!child) {
-      child = std::make_unique<Node>(EntryKind::Folder);
-      child->lastModified = time_;
-    }
+    auto& child = makeNode(*folder, *name, EntryKind::Folder);
     if (!child->isFolder())
       return nullptr;
     folder = child.get();
@@ -124,6 +137,8 @@ Tree::Found Tree::find(const Names& names, AtEnd atEnd) const {
     if (node.kind == EntryKind::Link && (!rest.empty() || atEnd == AtEnd::FollowLink)) {
       if (leadsOut(node))
         return {.obstacle = Obstacle::Outside};
+      if (node.target->empty())
+        return {.obstacle = Obstacle::Missing};
       if (++links > mostLinks)
         return {.obstacle = Obstacle::LinkLoop};
       pushNames(rest, *node.target);

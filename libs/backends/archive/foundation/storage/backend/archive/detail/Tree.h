@@ -1,10 +1,12 @@
 #pragma once
 
 #include <foundation/storage/backend/archive/detail/EntryName.h>
+#include <foundation/storage/backend/archive/detail/Limits.h>
 #include <foundation/storage/backend/archive/detail/Node.h>
 #include <foundation/storage/backend/archive/detail/StoredArchive.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,8 +21,9 @@ enum class AtEnd { FollowLink, KeepLink };
 class Tree {
  public:
   /// @param time  of what the archive tells no time of
-  /// Throws what the archive's readers throw, but for what is wrong with a single link.
-  Tree(const StoredArchive& archive, const boost::posix_time::ptime& time);
+  /// Throws what the archive's readers throw, but for what is wrong with a single link; and `Fault` where the folders
+  /// that names only imply make more entries than may be.
+  Tree(const StoredArchive& archive, const boost::posix_time::ptime& time, const Limits& limits);
 
   Node& root() { return root_; }
   const Node& root() const { return root_; }
@@ -49,9 +52,12 @@ class Tree {
  private:
   void add(const StoredArchive& archive, std::size_t number);
   Node* makeFolders(const Names& names);
+  std::unique_ptr<Node>& makeNode(Node& folder, const std::u16string& name, EntryKind kind);
   void fill(Node& node, const StoredArchive& archive, std::size_t number) const;
 
   const boost::posix_time::ptime time_;
+  const Limits limits_;
+  std::uint64_t nodes_ = 0;  ///< that were made of the archive
   Node root_{EntryKind::Folder};
   std::vector<std::size_t> hidden_;
 };
