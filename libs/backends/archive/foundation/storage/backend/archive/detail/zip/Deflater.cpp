@@ -13,6 +13,28 @@ Deflater::Deflater() {
 
 Deflater::~Deflater() { deflateEnd(&stream_); }
 
+void Deflater::addStored(std::string_view bytes, std::string& out) {
+  setLevel(Z_NO_COMPRESSION, out);
+  add(bytes, out);
+  setLevel(Z_DEFAULT_COMPRESSION, out);
+}
+
+/// Compresses first what was added before.
+void Deflater::setLevel(int level, std::string& out) {
+  constexpr std::size_t step = 64 * 1024;
+  int result = Z_BUF_ERROR;
+  stream_.next_in = nullptr;
+  stream_.avail_in = 0;
+  while (result == Z_BUF_ERROR) {
+    const auto size = out.size();
+    out.resize(size + step);
+    stream_.next_out = reinterpret_cast<Bytef*>(out.data() + size);
+    stream_.avail_out = step;
+    result = deflateParams(&stream_, level, Z_DEFAULT_STRATEGY);
+    out.resize(size + step - stream_.avail_out);
+  }
+}
+
 void Deflater::run(std::string_view bytes, int flush, std::string& out) {
   constexpr std::size_t step = 64 * 1024;
   // zlib changes nothing there; its interface just lacks the const.

@@ -18,10 +18,13 @@ class Deflater {
 
   /// Appends what comes out of `bytes` to `out`.
   void add(std::string_view bytes, std::string& out) { run(bytes, Z_NO_FLUSH, out); }
+  /// The same, but without making it any smaller.
+  void addStored(std::string_view bytes, std::string& out);
   void finish(std::string& out) { run({}, Z_FINISH, out); }
 
  private:
   /// @param bytes  fewer than 2^32
+  void setLevel(int level, std::string& out);
   void run(std::string_view bytes, int flush, std::string& out);
 
   z_stream stream_{};

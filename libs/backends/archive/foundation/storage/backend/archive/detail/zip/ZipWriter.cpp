@@ -224,6 +224,13 @@ bool ZipWriter::isWorthDeflating(ContentReader& content) {
   return isWorthIt(deflated.size(), buffer_.size());
 }
 
+/// Whether so much has come of so little that, if that went on, whoever reads the entry might refuse it.
+bool ZipWriter::wouldLookLikeBomb(const Fields& fields) const {
+  const auto most = std::min(limits_.ratio, Limits().ratio) / 2;
+  return fields.size > Limits::freeOfRatio - step &&
+         fields.size / std::max<std::uint64_t>(most, 1) > fields.compressedSize;
+}
+
 void ZipWriter::addDeflated(Fields& fields, ContentReader& content) {
   fields.method = methodDeflated;
   fields.flags |= flagDescriptor;
@@ -240,7 +247,10 @@ void ZipWriter::addDeflated(Fields& fields, ContentReader& content) {
   while (fill(content, buffer_, step) > 0) {
     fields.crc = addedTo(fields.crc, buffer_);
     fields.size += buffer_.size();
-    deflater.add(buffer_, deflated);
+    if (wouldLookLikeBomb(fields))
+      deflater.addStored(buffer_, deflated);
+    else
+      deflater.add(buffer_, deflated);
     writeOut();
   }
   deflater.finish(deflated);

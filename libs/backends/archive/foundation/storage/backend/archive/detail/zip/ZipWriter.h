@@ -56,6 +56,7 @@ class ZipWriter final : public ArchiveWriter {
   void addSmall(Fields& fields, ContentReader& content);
   void addLarge(Fields& fields, ContentReader& content);
   bool isWorthDeflating(ContentReader& content);
+  bool wouldLookLikeBomb(const Fields& fields) const;
   void addDeflated(Fields& fields, ContentReader& content);
   void addStored(Fields& fields, ContentReader& content);
 
