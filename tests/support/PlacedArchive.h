@@ -65,8 +65,12 @@ class PlacedArchive {
 
   /// What is in the store now.
   std::string bytes() const { return wholeContent(file_); }
-  /// That, in another store with another provider.
-  PlacedArchive placedAnew() const { return {format_, bytes(), limits_, file_.getName()}; }
+  /// That, in another store with another provider, which has given nothing yet and may give more.
+  PlacedArchive placedAnew() const {
+    auto limits = limits_;
+    limits.erase("max-total-size");
+    return {format_, bytes(), limits, file_.getName()};
+  }
 
  private:
   static provider::StorageItem newFile(const std::u16string& name) {
