@@ -15,14 +15,17 @@ constexpr std::int64_t latest = 253'402'300'799;    ///< the end of 9999
 
 ptime epoch() { return ptime(boost::gregorian::date(1970, 1, 1)); }
 
+/// libarchive takes a tar's time of -1.25 for -1 second and 250,000,000 nanoseconds, both ways. The other formats tell
+/// no such times.
 ptime lastModifiedIn(archive_entry* header) {
   if (archive_entry_mtime_is_set(header) == 0)
     return {};
   const std::int64_t seconds = archive_entry_mtime(header);
   if (seconds < earliest || seconds > latest)
     return {};
-  return epoch() + boost::posix_time::seconds(seconds) +
-         boost::posix_time::microseconds(archive_entry_mtime_nsec(header) / 1000);
+  const std::int64_t fraction = archive_entry_mtime_nsec(header);
+  const auto microseconds = seconds < 0 ? -((fraction + 999) / 1000) : fraction / 1000;
+  return epoch() + boost::posix_time::seconds(seconds) + boost::posix_time::microseconds(microseconds);
 }
 
 EntryKind kindIn(archive_entry* header, const std::string& name) {
@@ -70,9 +73,8 @@ void setLastModified(archive_entry* header, const ptime& time) {
   }
   constexpr std::int64_t million = 1'000'000;
   const auto microseconds = (time - epoch()).total_microseconds();
-  const auto fraction = (microseconds % million + million) % million;
-  archive_entry_set_mtime(header, static_cast<std::time_t>((microseconds - fraction) / million),
-                          static_cast<long>(fraction * 1000));
+  const auto fraction = (microseconds < 0 ? -1 : 1) * (microseconds % million);
+  archive_entry_set_mtime(header, static_cast<std::time_t>(microseconds / million), static_cast<long>(fraction * 1000));
 }
 
 }  // namespace foundation::storage::backend::archive::detail::library

@@ -43,7 +43,10 @@ la_ssize_t Source::onRead(::archive* reader, void* self, const void** block) {
 
 la_int64_t Source::onSkip(::archive* reader, void* self, la_int64_t count) {
   auto& source = *static_cast<Source*>(self);
-  return source.guard(reader, [&] { return source.skip(static_cast<std::uint64_t>(std::max<la_int64_t>(0, count))); });
+  const auto most = static_cast<std::uint64_t>(std::max<la_int64_t>(0, count));
+  const auto skipped = source.guard(reader, [&] { return source.skip(most); });
+  // libarchive would take a failure for a step back, and try for ever. Told of nothing it reads, which fails, too.
+  return std::max<la_int64_t>(0, skipped);
 }
 
 la_int64_t Source::onSeek(::archive* reader, void* self, la_int64_t offset, int origin) {
