@@ -42,10 +42,24 @@ void requireElsewhere(const StorageItem& source, const StorageItem& place) {
     throw refusal(ErrorCode::InvalidLocation, place.getLocation(), u"A file cannot be copied onto itself");
 }
 
+/// An archive is a store of its own, whatever serves the others of its scheme.
+void requireSameContainer(const StorageItem& source, const StorageItem& place) {
+  const bool isInside = source.getLocation().hasInnerIRI();
+  if (!isInside && !place.getLocation().hasInnerIRI())
+    return;  // their stores know
+  const auto containerOf = [](const StorageItem& item) {
+    return physicalLocation(StorageItem(item, u"/").getCanonicalLocation());
+  };
+  if (isInside != place.getLocation().hasInnerIRI() || containerOf(source) != containerOf(place))
+    throw refusal(ErrorCode::InvalidLocation, place.getLocation(),
+                  u"It cannot be moved into or out of an archive; copy it, and remove it then");
+}
+
 void moveItem(const StorageItem& source, const StorageItem& place, ReplacementPolicy policy) {
   const auto type = source.existsExtended();
   if (type == ExistenceTypeExtended::None)
     (void)source.getFileAttributes();  // throws the store's own reason
+  requireSameContainer(source, place);
   if (entryLocation(source) == entryLocation(place))
     throw refusal(ErrorCode::InvalidLocation, place.getLocation(), u"It cannot be moved onto itself");
   if (type == ExistenceTypeExtended::RegularFolder && contains(source.getCanonicalLocation(), writtenLocation(place)))
