@@ -3,6 +3,7 @@
 #include "LibraryTest.h"
 
 #include <foundation/storage/provider/ByteStreamFailure.h>
+#include <foundation/storage/testing/Together.h>
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 
@@ -226,6 +227,29 @@ TEST_F(LibraryArchiveTest, GoesThroughACompressedTarOnce) {
     EXPECT_EQ(contentOf(*one), noise(20'000, i - 1));
   }
   EXPECT_LT(faults->countCalls(Operation::Read) * 8192, 3 * size);
+}
+
+TEST_F(LibraryArchiveTest, GivesManyThreadsTheirOwn) {
+  constexpr std::size_t count = 12;
+  for (std::size_t i = 0; i < count; ++i)
+    folder.put("t/" + std::to_string(100 + i), noise(50'000, i));
+  folder.run("tar -C t --sort=name -cf a.tar .; gzip -k a.tar");
+  for (const auto* name : {"a.tar", "a.tar.gz"}) {
+    const auto archive = read(name);
+    testing::together(4, [&](std::size_t thread) {
+      for (std::size_t i = 0; i < count; ++i) {
+        const auto file = (i * (thread + 1)) % count;
+        EXPECT_TRUE(contentOf(*archive, file + 1) == noise(50'000, file)) << file;
+      }
+    });
+  }
+}
+
+TEST_F(LibraryArchiveTest, ReadsArLibraries) {
+  folder.run("echo one > a.txt; echo two > 'a long name, longer than 16'; ar rcS a.a *long* a.txt");
+  const auto archive = read("a.a", ArchiveFormat::Any);
+  EXPECT_EQ(contentOf(*archive, "a.txt"), "one\n");
+  EXPECT_EQ(contentOf(*archive, "a long name, longer than 16"), "two\n");
 }
 
 TEST_F(LibraryArchiveTest, ReadsAPlainTarWhereItLies) {

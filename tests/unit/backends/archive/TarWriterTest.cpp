@@ -10,6 +10,8 @@
 #include <boost/date_time/posix_time/posix_time.hpp>
 
 #include <functional>
+#include <unistd.h>
+#include <utility>
 
 namespace foundation::storage::backend::archive::detail::library {
 namespace {
@@ -209,6 +211,175 @@ TEST_F(TarWriterTest, TakesOverAllThatBelongsToAnEntry) {
       continue;
     folder.run("rm -rf out; mkdir out; tar -C out --xattrs -xf " + name + "; tar --xattrs -C out -df whole-" + name);
   }
+}
+
+TEST_F(TarWriterTest, NeverLeavesAHardLinkDangling) {
+  // What is taken, under which name; what the links in the result then are: a number, or "file".
+  struct Case {
+    const char* description;
+    std::vector<std::pair<std::string, std::string>> taken;
+    std::vector<std::optional<std::size_t>> links;
+  };
+  const Case cases[] = {
+      {"all", {{"a", "a"}, {"b", "b"}, {"c", "c"}}, {{}, 0, 0}},
+      {"without what they share", {{"b", "b"}, {"c", "c"}}, {{}, 0}},
+      {"what they share is moved", {{"a", "x/y"}, {"b", "b"}, {"c", "c"}}, {{}, 0, 0}},
+      {"backwards", {{"c", "c"}, {"b", "b"}, {"a", "a"}}, {{}, 0, {}}},
+      {"what they share is replaced", {{"a", "a"}, {"", "./a"}, {"b", "b"}, {"c", "c"}}, {{}, {}, {}, 2}},
+      {"one takes the other's name", {{"a", "b"}, {"b", "a"}}, {{}, 0}},
+      {"a copy of a link", {{"b", "b"}, {"b", "d"}}, {{}, 0}},
+  };
+  folder.run("echo shared > a; ln a b; ln a c; tar -cf old.tar a b c; gzip -k old.tar");
+  for (const auto* name : {"old.tar", "old.tar.gz"}) {
+    const auto old = read(name);
+    for (const auto& test : cases) {
+      SCOPED_TRACE(test.description);
+      const auto written = write(
+          "new.tar",
+          [&](ArchiveWriter& writer) {
+            for (const auto& [from, to] : test.taken)
+              if (from.empty())
+                add(writer, to, "other");
+              else
+                writer.take({numberOf(*old, from), to});
+          },
+          old);
+      expectAsWritten(*written, "new.tar");
+      for (std::size_t i = 0; i < test.taken.size(); ++i) {
+        EXPECT_EQ(written->entries()[i].hardLinkTo, test.links[i]) << i;
+        EXPECT_EQ(contentOf(*written, i), test.taken[i].first.empty() ? "other" : "shared\n") << i;
+      }
+      folder.run("rm -rf out; mkdir out; tar -C out -xf new.tar");
+      for (const auto& [from, to] : test.taken)
+        EXPECT_EQ(folder.content("out/" + to), contentOf(*written, to)) << to;
+    }
+  }
+}
+
+TEST_F(TarWriterTest, ChangesWhatIsTakenOver) {
+  folder.run("mkdir t; echo one > t/a; ln -s a t/s; echo two > t/b; chown 42:43 t/b || true; tar -cf a.tar t");
+  const auto old = read("a.tar");
+  const auto time = time_from_string("1931-05-06 07:08:09.000001");
+  const auto written = write(
+      "a.tar",
+      [&](ArchiveWriter& writer) {
+        writer.take({numberOf(*old, "t"), "moved/"});
+        writer.take({numberOf(*old, "t/b"), "moved/b", time, 0400});
+        writer.take({numberOf(*old, "t/s"), "s", time});
+        add(writer, "moved/new", "three");
+      },
+      old);
+  expectAsWritten(*written, "a.tar");
+  const auto archive = read("a.tar");
+  EXPECT_EQ(entryOf(*archive, "moved/b").lastModified, time);
+  EXPECT_EQ(entryOf(*archive, "moved/b").permissions, 0400u);
+  EXPECT_EQ(entryOf(*archive, "s").lastModified, time);
+  EXPECT_EQ(entryOf(*archive, "s").linkTarget, "a");
+  EXPECT_EQ(filesIn(*archive), (std::map<std::string, std::string>{{"moved/b", "two\n"}, {"moved/new", "three"}}));
+  if (geteuid() == 0) {
+    EXPECT_NE(folder.run("tar --numeric-owner -tvf a.tar").find("42/43"), std::string::npos);
+  }
+}
+
+TEST_F(TarWriterTest, KeepsTheCompressionOfWhatItReplaces) {
+  folder.put("a", "content");
+  folder.run(R"(
+    tar -cf - a | xz > a.tar; tar -cf a.tar.gz a; tar -cf - a | gzip | bzip2 > two.tar; tar -cf - a | lz4 -q > b.tar
+    bsdtar -cZf c.tar a; tar -cf - a | xz --format=lzma > d.tar; : > empty.tar.gz)");
+  const std::map<std::string, std::string> commands = {{"a.tar", "xz -dc a.tar"},
+                                                       {"a.tar.gz", "cat a.tar.gz"},
+                                                       {"two.tar", "bzip2 -dc < two.tar | gzip -dc"},
+                                                       {"b.tar", "lz4 -dc b.tar"},
+                                                       {"c.tar", "gzip -dc < c.tar"},
+                                                       {"d.tar", "xz --format=lzma -dc d.tar"},
+                                                       {"empty.tar.gz", "gzip -dc empty.tar.gz"}};
+  for (const auto& [name, command] : commands) {
+    SCOPED_TRACE(name);
+    const auto old = read(name);
+    expectAsWritten(*write(
+                        name,
+                        [&](ArchiveWriter& writer) {
+                          takeAll(writer, *old);
+                          add(writer, "b", "more");
+                        },
+                        old),
+                    name);
+    EXPECT_EQ(folder.run(command + " | tar -t"), name.starts_with("empty") ? "b\n" : "a\nb\n");
+  }
+  // One that is left without entries is a whole one, too.
+  const auto old = read("a.tar");
+  EXPECT_TRUE(write(
+                  "a.tar", [](ArchiveWriter&) {}, old)
+                  ->entries()
+                  .empty());
+  EXPECT_EQ(folder.run("xz -dc a.tar | tar -t"), "");
+  EXPECT_TRUE(read("a.tar")->entries().empty());
+}
+
+TEST_F(TarWriterTest, ReadsTheOldArchiveOnce) {
+  for (std::size_t i = 0; i < 60; ++i)
+    folder.put("t/" + std::to_string(100 + i), noise(20'000, i));
+  folder.run("tar -C t --sort=name -czf a.tgz .");
+  const auto size = folder.content("a.tgz").size();
+  const auto old = read("a.tgz");
+  countReads(8192);
+  const auto written = write(
+      "a.tgz",
+      [&](ArchiveWriter& writer) {
+        for (std::size_t i = 1; i < old->entries().size(); i += 3)
+          writer.take({i, old->entries()[i].name});
+      },
+      old);
+  EXPECT_LT(faults->countCalls(Operation::Read) * 8192, size + size / 2);
+  EXPECT_EQ(written->entries().size(), 20u);
+  expectAsWritten(*written, "a.tgz");
+}
+
+TEST_F(TarWriterTest, RefusesFilesThatAreTooLarge) {
+  folder.run("truncate -s 5G huge; tar -cSf a.tar huge");
+  Limits limits;
+  limits.totalSize = std::uint64_t{4} << 30;
+  const auto stream = item("b.tar").openTransactionalStream({});
+  Output output(*stream);
+  const auto writer = beginTar(container("b.tar"), limits, read("a.tar"), output);
+  EXPECT_EQ(faultOf([&] { writer->take({0, "huge"}); }), ErrorCode::FileTooLarge);
+}
+
+TEST_F(TarWriterTest, FailsWithoutAnArchive) {
+  folder.put("a.tar", "");
+  const auto writeOne = [&](const Entry& entry, const std::string& content) {
+    return faultOf([&] {
+      write("a.tar", [&](ArchiveWriter& writer) {
+        Text text(content);
+        writer.add(entry, &text);
+      });
+    });
+  };
+  EXPECT_EQ(writeOne(file("a", "four"), "five5"), ErrorCode::IOError);
+  EXPECT_EQ(writeOne(file("a", "four"), "3"), ErrorCode::IOError);
+  auto unknown = file("a", "");
+  unknown.size.reset();
+  EXPECT_EQ(writeOne(unknown, "x"), ErrorCode::IOError);
+  EXPECT_EQ(folder.content("a.tar"), "");
+
+  for (std::size_t call = 1;; ++call) {
+    faults->clear();
+    faults->fail(Operation::Write, call, ErrorCode::NoSpaceLeft);
+    std::optional<ErrorCode> code;
+    try {
+      write("a.tar", [&](ArchiveWriter& writer) { add(writer, "a", noise(600'000)); });
+    } catch (const provider::ByteStreamFailure& failure) {
+      code = failure.getErrorCode();
+    }
+    EXPECT_EQ(faults->countOpenStreams(), 0u);
+    if (faults->countFailures() == 0) {
+      EXPECT_GT(call, 2u);
+      break;
+    }
+    EXPECT_EQ(code, ErrorCode::NoSpaceLeft);
+    EXPECT_EQ(folder.content("a.tar"), "");
+  }
+  EXPECT_TRUE(contentOf(*read("a.tar"), "a") == noise(600'000));
 }
 
 }  // namespace
