@@ -88,7 +88,8 @@ void copy(const Session& session, const std::vector<std::string>& arguments, con
       copier.add(source, place, requireElsewhere, std::nullopt);
   });
   copier.finish();
-  session.inUse.handOver();
+  if (!session.inUse.handOver())
+    copier.countNothing();
   copier.printSummary();
   if (stop.isAsked())
     session.report.endedBy(stop.number());

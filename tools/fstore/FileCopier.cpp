@@ -142,6 +142,11 @@ void FileCopier::sayLastWords() noexcept {
   }
 }
 
+void FileCopier::countNothing() {
+  files_ = 0;
+  bytes_ = 0;
+}
+
 void FileCopier::printSummary() {
   const auto failures = session_.report.failures();
   if (options_.verbosity == Verbosity::Quiet || (options_.verbosity == Verbosity::Normal && failures == 0))

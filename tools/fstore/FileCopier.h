@@ -37,6 +37,9 @@ class FileCopier {
   void finish() { jobs_.finish(); }
   bool isParallel() const { return jobs_.isParallel(); }
 
+  /// What was copied is lost: the store has not written it.
+  void countNothing();
+
   /// Says how much was copied. Throws `OutputFailure`.
   void printSummary();
 

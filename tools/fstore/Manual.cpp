@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::string_view archiveSchemes =
     "Archives are places like all others: zip:, tar: (also compressed), sevenzip: or, whatever it is, archive: stands "
-    "before the location of the archive, and '!/' between that and what is in it. Archives in archives are named in the same "
+    "before the location of the archive, and '!/' between that and what is in it. Archives in archives are named in "
+    "the same "
     "way, as in zip:tar:file:///home/ann/old.tar!/letters.zip!/may.txt. With a path in place of the innermost location "
     "nothing is percent-escaped. Zip and tar archives can be written, and 'fstore mkdir zip:new.zip!/' makes one.";
 

@@ -65,12 +65,16 @@ std::u16string sentenceFor(ErrorCode code) {
   return u"The store did not say why";
 }
 
+/// What each of the stores has said, beginning with the outermost one.
 template <class Failure>
 std::u16string reasonOf(const Failure& failure) {
-  if (const auto context = failure.topExceptionContext())
-    if (const auto info = context->getExceptionContextInfo(); info && !info->getProviderMessage().empty())
-      return info->getProviderMessage();
-  return sentenceFor(failure.getErrorCode());
+  std::u16string reason, last;
+  for (const auto& context : failure.getAllExceptionContexts())
+    if (const auto info = context.getExceptionContextInfo(); info && info->getProviderMessage() != last) {
+      last = info->getProviderMessage();
+      reason.append(reason.empty() ? u"" : u": ").append(last);
+    }
+  return reason.empty() ? sentenceFor(failure.getErrorCode()) : reason;
 }
 
 /// The location of which a store told in a stream's failure, or else `where`.

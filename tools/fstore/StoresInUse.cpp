@@ -38,18 +38,20 @@ void StoresInUse::use(const StorageItem& item) {
   roots_.push_back(root);
 }
 
-void StoresInUse::handOver() {
+bool StoresInUse::handOver() {
   auto roots = std::exchange(roots_, {});
   // Writing an archive changes the one that it lies in.
   std::stable_sort(roots.begin(), roots.end(), [](const StorageItem& a, const StorageItem& b) {
     return nesting(a.getLocation()) > nesting(b.getLocation());
   });
+  bool isWell = true;
   for (const auto& root : roots)
-    handOver(root);
+    isWell = handOver(root) && isWell;
+  return isWell;
 }
 
-void StoresInUse::handOver(const StorageItem& root) const {
-  report_.attempt(root.getLocation(), [&] { root.flushFilesystem(); });
+bool StoresInUse::handOver(const StorageItem& root) const {
+  return report_.attempt(root.getLocation(), [&] { root.flushFilesystem(); });
 }
 
 }  // namespace fstore

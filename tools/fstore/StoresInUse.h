@@ -23,12 +23,13 @@ class StoresInUse {
   void use(const foundation::storage::provider::StorageItem& item);
 
   /// Has each store write what it has gathered, and lets go of all.
-  void handOver();
+  /// @return whether all went well
+  bool handOver();
 
  private:
   using Roots = std::vector<foundation::storage::provider::StorageItem>;
 
-  void handOver(const foundation::storage::provider::StorageItem& root) const;
+  bool handOver(const foundation::storage::provider::StorageItem& root) const;
 
   Report& report_;
   Roots roots_;  ///< one of each store, the one that was used last at the end
