@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Drives fstore as a person at a shell does, in a folder of its own, and prints what is not as it should be.
 # Usage: fstoreTest.sh FSTORE
+# shellcheck source-path=SCRIPTDIR source=checks.sh
 . "${BASH_SOURCE[0]%/*}/checks.sh"
 
 # --- usage ------------------------------------------------------------------------------------------
