@@ -46,9 +46,11 @@ namespace foundation::storage::backend::archive {
 /// `ReadOnlyProvider`.
 ///
 /// **Limits**, against archives made to do harm. Options (`provider::IConfigurableProvider`), all of them numbers:
-/// - `max-entries` (1,000,000): more make the archive unreadable, with `FileTooLarge`;
+/// - `max-entries` (1,000,000): more, folders that names only imply included, make the archive unreadable, with
+///   `FileTooLarge`, and are not written;
 /// - `max-ratio` (100): reading fails with `FileTooLarge` where, beyond the first MiB, more than so many bytes come out
-///   of one byte in the archive;
+///   of one byte in the archive: of an entry, or, where all is compressed together, of the archive as a whole. No such
+///   archive is written, either: entries of a zip are compressed less, and flushing a compressed tar fails;
 /// - `max-total-size` (1 TiB): the same, for the sum of what all entries have given;
 /// - `max-nesting` (8): archives in archives; one that lies deeper is refused with `InvalidLocation`.
 ///
@@ -58,8 +60,9 @@ namespace foundation::storage::backend::archive {
 /// or the root; encrypted entries with `UnsupportedOperation`. Every failure has a context with the key "archive",
 /// whose info says why in words. No format and no compression starts another program.
 ///
-/// `invalidateProvider` makes a provider read its archive anew, unless changes are waiting. All operations may be
-/// called by any number of threads.
+/// Listings, and the attributes of files, notice by size and time that somebody else has replaced the archive, and show
+/// the new one, unless changes are waiting; `invalidateProvider` makes everything else do the same. All operations may
+/// be called by any number of threads.
 class FOUNDATION_EXPORT ArchiveProviderFactory : public provider::ContainerProviderFactory {
  public:
   explicit ArchiveProviderFactory(ArchiveFormat format);

@@ -7,6 +7,7 @@
 #include <foundation/storage/backend/archive/detail/StoredStream.h>
 #include <foundation/storage/backend/support/Log.h>
 #include <foundation/storage/backend/support/PathNames.h>
+#include <foundation/storage/backend/support/VisitBelow.h>
 
 #include <algorithm>
 #include <array>
@@ -176,6 +177,21 @@ std::shared_lock<std::shared_mutex> Archive::lockToLook() const {
   }
 }
 
+void Archive::noticeReplacement() const {
+  std::optional<Container::Stamp> known;
+  {
+    const std::shared_lock lock(mutex_);
+    if (!tree_ || isChanged_)
+      return;
+    known = stamp_;
+  }
+  if (at(root_, [&] { return Container(item_).stamp(); }) == known)
+    return;
+  const std::scoped_lock lock(mutex_);
+  if (!isChanged_ && stamp_ == known)
+    forget();
+}
+
 void Archive::requireThere(const StorageIRI& location) const {
   if (!tree_)
     throw refusal(ErrorCode::ResourceNotFound, location, u"There is no such archive");
@@ -253,6 +269,7 @@ ExistenceTypeExtended Archive::existence(const Place& place) const {
 }
 
 FileAttributes Archive::fileAttributes(const Place& place) const {
+  noticeReplacement();
   const auto lock = lockToLook();
   auto attributes = attributesOfFile(nameOf(place), require(place, AtEnd::FollowLink, FileOrFolder::File));
   return attributes.withSymlinkStatusAttribute(require(place, AtEnd::KeepLink).kind == EntryKind::Link);
@@ -276,8 +293,8 @@ provider::ProviderStorageInfo Archive::storageInfo(const Place& place) const {
 /// What a link leads to, null for a broken one; else the node itself.
 const Node* Archive::target(const Names& names) const { return tree_->find(names, AtEnd::FollowLink).node; }
 
-FolderEntry Archive::entryOf(const Names& folder, std::u16string path, const std::u16string& name, const Node& node,
-                             const support::ListingScope& scope) const {
+FolderEntry Archive::entryOf(const Names& folder, const std::u16string& path, const std::u16string& name,
+                             const Node& node, const support::ListingScope& scope) const {
   const auto* shown = &node;
   if (node.kind == EntryKind::Link) {
     auto names = folder;
@@ -287,25 +304,29 @@ FolderEntry Archive::entryOf(const Names& folder, std::u16string path, const std
       shown = found;
   }
   if (!scope.givesAttributes)
-    return {std::move(path), shown->isFolder() ? FolderEntry::EntryType::Folder : FolderEntry::EntryType::File};
+    return {name, shown->isFolder() ? FolderEntry::EntryType::Folder : FolderEntry::EntryType::File};
   const bool isLink = node.kind == EntryKind::Link;
   if (shown->isFolder())
-    return {std::move(path), attributesOfFolder(name, *shown).withSymlinkStatusAttribute(isLink)};
-  return {std::move(path), attributesOfFile(name, *shown).withSymlinkStatusAttribute(isLink)};
+    return {name, attributesOfFolder(name, *shown).withSymlinkStatusAttribute(isLink)};
+  return {name, attributesOfFile(name, *shown).withSymlinkStatusAttribute(isLink)};
 }
 
-std::vector<FolderEntry> Archive::list(const Place& place, const support::ListingScope& scope) const {
+support::EntryTree::Items Archive::list(const Place& place, const support::ListingScope& scope) const {
+  noticeReplacement();
   const auto lock = lockToLook();
-  const auto& folder = require(place, AtEnd::FollowLink, FileOrFolder::Folder);
-  std::vector<FolderEntry> entries;
-  if (!scope.isRecursive)
-    entries.reserve(folder.children.size());
-  visitBelow(folder, scope.isRecursive, [&](const auto& path, const auto& name, const Node& node) {
-    auto entry = entryOf(place.names, path, name, node, scope);
-    if (scope.includes(entry.isFile() ? FileOrFolder::File : FileOrFolder::Folder))
-      entries.push_back(std::move(entry));
-  });
-  return entries;
+  const auto& listed = require(place, AtEnd::FollowLink, FileOrFolder::Folder);
+  support::EntryTree::Items items;
+  std::vector<std::size_t> folders{support::EntryTree::none};  // on the way to what is visited
+  support::visitBelow(listed, scope.isRecursive,
+                      [&](const auto& path, const auto& name, const Node& node, std::size_t depth) {
+                        auto entry = entryOf(place.names, path, name, node, scope);
+                        if (!scope.includes(entry.isFile() ? FileOrFolder::File : FileOrFolder::Folder))
+                          return;
+                        folders.resize(depth + 1);
+                        items.push_back({std::move(entry), folders.back()});
+                        folders.push_back(items.size() - 1);
+                      });
+  return items;
 }
 
 Archive::Content Archive::contentOf(const Node& node) const {
@@ -412,7 +433,7 @@ void Archive::removeRecursively(const Place& place) {
   const auto& folder = require(place, AtEnd::KeepLink, FileOrFolder::Folder);
   const auto spot = requireWritableSpot(place, AtEnd::KeepLink);
   bool isRemovable = folder.isWritable() || folder.children.empty();
-  visitBelow(folder, true, [&](const auto&, const auto&, const Node& node) {
+  support::visitBelow(folder, true, [&](const auto&, const auto&, const Node& node, std::size_t) {
     isRemovable = isRemovable && (node.isWritable() || node.children.empty());
   });
   if (!isRemovable)

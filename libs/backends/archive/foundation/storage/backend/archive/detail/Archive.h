@@ -7,6 +7,7 @@
 #include <foundation/storage/backend/archive/detail/StagedContent.h>
 #include <foundation/storage/backend/archive/detail/StoredArchive.h>
 #include <foundation/storage/backend/archive/detail/Tree.h>
+#include <foundation/storage/backend/support/EntryTree.h>
 #include <foundation/storage/backend/support/ListingScope.h>
 #include <foundation/storage/provider/ByteStreamOpenOptions.h>
 #include <foundation/storage/provider/ExistenceType.h>
@@ -57,7 +58,7 @@ class Archive : public std::enable_shared_from_this<Archive> {
   provider::FolderAttributes folderAttributes(const Place& place) const;
   provider::ProviderStorageInfo storageInfo(const Place& place) const;
   /// The entries of a folder, in the order of their names; a folder before what it holds.
-  std::vector<provider::FolderEntry> list(const Place& place, const support::ListingScope& scope) const;
+  support::EntryTree::Items list(const Place& place, const support::ListingScope& scope) const;
 
   /// The content of a file, one way or the other.
   struct Content {
@@ -110,6 +111,8 @@ class Archive : public std::enable_shared_from_this<Archive> {
   void close();
 
  private:
+  /// Forgets what was read where the container is another one by now, unless changes are waiting.
+  void noticeReplacement() const;
   // Locks, once the archive is read.
   std::shared_lock<std::shared_mutex> lockToLook() const;
   std::unique_lock<std::shared_mutex> lockToChange(const provider::StorageIRI& location);
@@ -140,8 +143,9 @@ class Archive : public std::enable_shared_from_this<Archive> {
   void stage(Node& node, const provider::StorageIRI& location, provider::ByteStreamTruncate truncate);
   Content contentOf(const Node& node) const;
   const Node* target(const Names& names) const;
-  provider::FolderEntry entryOf(const Names& folder, std::u16string path, const std::u16string& name, const Node& node,
-                                const support::ListingScope& scope) const;
+  /// @param path  of the node, relative to the folder
+  provider::FolderEntry entryOf(const Names& folder, const std::u16string& path, const std::u16string& name,
+                                const Node& node, const support::ListingScope& scope) const;
 
   const ArchiveFormat format_;
   const provider::StorageItem item_;  ///< the file that is the archive

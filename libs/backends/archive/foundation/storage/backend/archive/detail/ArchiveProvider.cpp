@@ -3,7 +3,7 @@
 #include <foundation/storage/backend/archive/detail/Failure.h>
 #include <foundation/storage/backend/archive/detail/FileCopy.h>
 #include <foundation/storage/backend/archive/detail/StagedStream.h>
-#include <foundation/storage/backend/support/EntryList.h>
+#include <foundation/storage/backend/support/EntryTree.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
 
@@ -137,7 +137,7 @@ std::unique_ptr<provider::TransactionalStream> ArchiveProvider::doOpenTransactio
 }
 
 ArchiveProvider::Listing ArchiveProvider::list(const StorageIRI& location, const support::ListingScope& scope) const {
-  return std::make_unique<support::EntryList>(
+  return std::make_unique<support::EntryTree>(
       [archive = archive_, folder = placeOf(location), scope] { return archive->list(folder, scope); });
 }
 

@@ -4,6 +4,7 @@
 #include <foundation/storage/backend/archive/detail/Format.h>
 #include <foundation/storage/backend/archive/detail/Output.h>
 #include <foundation/storage/backend/archive/detail/StagedReader.h>
+#include <foundation/storage/backend/support/VisitBelow.h>
 
 #include <fl/i18n/Convert.h>
 
@@ -26,7 +27,7 @@ Commit::Commit(Tree& tree, std::shared_ptr<const StoredArchive> stored) : tree_(
 void Commit::plan() {
   for (const auto number : tree_.hidden())
     items_.push_back({nullptr, number, {}});
-  visitBelow(tree_.root(), true, [&](const std::u16string& path, const auto&, Node& node) {
+  support::visitBelow(tree_.root(), true, [&](const std::u16string& path, const auto&, Node& node, std::size_t) {
     ++nodes_;
     if (isWritten(node))
       items_.push_back({&node, node.entry.value_or(isNew), fl::i18n::to_string(path)});

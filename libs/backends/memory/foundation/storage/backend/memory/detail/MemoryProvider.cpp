@@ -4,7 +4,7 @@
 #include <foundation/storage/backend/memory/detail/Failure.h>
 #include <foundation/storage/backend/memory/detail/FileCopy.h>
 #include <foundation/storage/backend/memory/detail/MemoryByteStream.h>
-#include <foundation/storage/backend/support/EntryList.h>
+#include <foundation/storage/backend/support/EntryTree.h>
 #include <foundation/storage/backend/support/Options.h>
 #include <foundation/storage/provider/GenericTransactionalStream.h>
 #include <foundation/storage/provider/SafeByteStream.h>
@@ -129,7 +129,7 @@ std::unique_ptr<provider::TransactionalStream> MemoryProvider::doOpenTransaction
 }
 
 MemoryProvider::Listing MemoryProvider::list(const StorageIRI& location, const support::ListingScope& scope) const {
-  return std::make_unique<support::EntryList>(
+  return std::make_unique<support::EntryTree>(
       [entries = tree_, folder = place(location), scope] { return entries->list(folder, scope); });
 }
 

@@ -1,6 +1,7 @@
 #include <foundation/storage/backend/memory/detail/Tree.h>
 
 #include <foundation/storage/backend/memory/detail/Failure.h>
+#include <foundation/storage/backend/support/VisitBelow.h>
 
 #include <algorithm>
 #include <mutex>
@@ -32,44 +33,17 @@ FolderAttributes attributesOfFolder(const std::u16string& name, const Node& node
   return attributes.withHiddenAttribute(isHidden(name));
 }
 
-FolderEntry entryOf(std::u16string path, const std::u16string& name, const Node& node, bool givesAttributes) {
+FolderEntry entryOf(const std::u16string& name, const Node& node, bool givesAttributes) {
   if (!givesAttributes)
-    return {std::move(path), node.isFolder() ? FolderEntry::EntryType::Folder : FolderEntry::EntryType::File};
-  return node.isFolder() ? FolderEntry(std::move(path), attributesOfFolder(name, node))
-                         : FolderEntry(std::move(path), attributesOfFile(name, node));
+    return {name, node.isFolder() ? FolderEntry::EntryType::Folder : FolderEntry::EntryType::File};
+  return node.isFolder() ? FolderEntry(name, attributesOfFolder(name, node))
+                         : FolderEntry(name, attributesOfFile(name, node));
 }
 
 /// Whether an entry lies below another one, at any depth.
 bool isBelow(const Place& place, const Place& folder) {
   return place.names.size() > folder.names.size() &&
          std::equal(folder.names.begin(), folder.names.end(), place.names.begin());
-}
-
-/// Visits what lies below a folder, a folder before what it holds; without recursion, as trees may be deep.
-/// @param visit  gets the path relative to the folder, the name and the node
-template <class Visit>
-void visitBelow(const Node& folder, bool isRecursive, const Visit& visit) {
-  struct Level {
-    std::size_t pathSize;
-    Node::Children::const_iterator next, end;
-  };
-  std::u16string path;  // of the folder being visited, with '/'
-  std::vector<Level> levels{{0, folder.children.begin(), folder.children.end()}};
-  while (!levels.empty()) {
-    auto& level = levels.back();
-    path.resize(level.pathSize);
-    if (level.next == level.end) {
-      levels.pop_back();
-      continue;
-    }
-    const auto& [name, node] = *level.next++;
-    path += name;
-    visit(path, name, *node);
-    if (isRecursive && !node->children.empty()) {
-      path += u'/';
-      levels.push_back({path.size(), node->children.begin(), node->children.end()});
-    }
-  }
 }
 
 }  // namespace
@@ -167,7 +141,7 @@ void Tree::removeRecursively(const Place& place) {
   const auto& folder = require(place, Kind::Folder);
   auto& parent = requireWritableParent(place);
   bool isRemovable = folder.isWritable || folder.children.empty();
-  visitBelow(folder, true, [&](const auto&, const auto&, const Node& node) {
+  support::visitBelow(folder, true, [&](const auto&, const auto&, const Node& node, std::size_t) {
     isRemovable = isRemovable && (node.isWritable || node.children.empty());
   });
   if (!isRemovable)
@@ -286,15 +260,20 @@ void Tree::put(const File& copy, const FileContent& source, const Place& destina
   parent.lastModified = now();
 }
 
-std::vector<FolderEntry> Tree::list(const Place& place, const support::ListingScope& scope) const {
+support::EntryTree::Items Tree::list(const Place& place, const support::ListingScope& scope) const {
   const std::shared_lock lock(mutex_);
-  std::vector<FolderEntry> entries;
-  visitBelow(require(place, Kind::Folder), scope.isRecursive,
-             [&](const std::u16string& path, const std::u16string& name, const Node& node) {
-               if (scope.includes(node.isFolder() ? Kind::Folder : Kind::File))
-                 entries.push_back(entryOf(path, name, node, scope.givesAttributes));
-             });
-  return entries;
+  support::EntryTree::Items items;
+  std::vector<std::size_t> folders{support::EntryTree::none};  // on the way to what is visited
+  const auto& listed = require(place, Kind::Folder);
+  support::visitBelow(listed, scope.isRecursive,
+                      [&](const auto&, const std::u16string& name, const Node& node, std::size_t depth) {
+                        if (!scope.includes(node.isFolder() ? Kind::Folder : Kind::File))
+                          return;
+                        folders.resize(depth + 1);
+                        items.push_back({entryOf(name, node, scope.givesAttributes), folders.back()});
+                        folders.push_back(items.size() - 1);
+                      });
+  return items;
 }
 
 }  // namespace foundation::storage::backend::memory::detail

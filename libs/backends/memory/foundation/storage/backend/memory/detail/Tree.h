@@ -3,6 +3,7 @@
 #include <foundation/storage/backend/memory/detail/Node.h>
 #include <foundation/storage/backend/memory/detail/Place.h>
 #include <foundation/storage/backend/memory/detail/Space.h>
+#include <foundation/storage/backend/support/EntryTree.h>
 #include <foundation/storage/backend/support/ListingScope.h>
 #include <foundation/storage/provider/ByteStreamOpenOptions.h>
 #include <foundation/storage/provider/FileAttributes.h>
@@ -63,7 +64,7 @@ class Tree {
   void put(const File& copy, const FileContent& source, const Place& destination, provider::ReplacementPolicy policy);
 
   /// The entries of a folder, in the order of their names; a folder before what it holds.
-  std::vector<provider::FolderEntry> list(const Place& place, const support::ListingScope& scope) const;
+  support::EntryTree::Items list(const Place& place, const support::ListingScope& scope) const;
 
  private:
   Node* find(const Place& place) const;

@@ -166,11 +166,12 @@ std::size_t Reader::readPresent(char* buffer, std::size_t count) {
   return got;
 }
 
-void Reader::requireRatio() const {
-  auto produced = produced_;
-  if (isFiltered())
-    produced = std::max(produced, static_cast<std::uint64_t>(archive_filter_bytes(handle_.get(), 0)));
-  Budget::requireRatio(limits_, produced, source_.consumed());
+/// What is compressed as a whole is judged as a whole: a part of an honest one may be small beyond all measure.
+void Reader::requireRatio() {
+  if (!isFiltered())
+    return Budget::requireRatio(limits_, produced_, source_.consumed());
+  const auto decoded = static_cast<std::uint64_t>(archive_filter_bytes(handle_.get(), 0));
+  Budget::requireRatio(limits_, std::max(produced_, decoded), source_.size());
 }
 
 void Reader::fail() const {

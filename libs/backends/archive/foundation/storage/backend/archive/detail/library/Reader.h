@@ -63,7 +63,7 @@ class Reader {
  private:
   std::size_t readPresent(char* buffer, std::size_t count);
   void drain();
-  void requireRatio() const;
+  void requireRatio();
   [[noreturn]] void fail() const;
 
   const Limits limits_;

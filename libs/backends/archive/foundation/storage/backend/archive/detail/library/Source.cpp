@@ -58,7 +58,7 @@ std::size_t Source::read(::archive* reader, const void** block) {
   // What is decoded within one call of libarchive, however much, passes by here.
   if (archive_filter_count(reader) > 1)
     Budget::requireRatio(limits_, static_cast<std::uint64_t>(std::max<la_int64_t>(0, archive_filter_bytes(reader, 0))),
-                         consumed_);
+                         size());
   block_.resize(blockSize_);
   const auto got = input_.readSome(position_, block_.data(), block_.size());
   blockSize_ = std::min(2 * blockSize_, largestBlock);

@@ -31,6 +31,8 @@ class Source {
 
   /// How many of the container's bytes were read or passed over.
   std::uint64_t consumed() const { return consumed_; }
+  /// How many bytes the container has.
+  std::uint64_t size() { return input_.size(); }
 
   /// Reads once, wherever in the container; libarchive does not notice.
   std::size_t readSome(std::uint64_t position, char* buffer, std::size_t count) {

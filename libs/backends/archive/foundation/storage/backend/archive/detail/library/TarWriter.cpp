@@ -1,5 +1,6 @@
 #include <foundation/storage/backend/archive/detail/library/TarWriter.h>
 
+#include <foundation/storage/backend/archive/detail/Budget.h>
 #include <foundation/storage/backend/archive/detail/Fault.h>
 #include <foundation/storage/backend/archive/detail/library/Headers.h>
 #include <foundation/storage/backend/archive/detail/library/TarName.h>
@@ -177,6 +178,9 @@ void TarWriter::noteContent(std::size_t number, const std::string& name) {
 std::shared_ptr<const StoredArchive> TarWriter::finish() {
   tar_.close();
   output_.flush();
+  // What nobody could read again is better not written.
+  if (!listing_.filters->empty())
+    Budget::requireRatio(limits_, tar_.position(), output_.position());
   return std::make_shared<LibraryArchive>(container_, std::move(listing_), limits_);
 }
 
