@@ -362,6 +362,20 @@ TEST_F(TarWriterTest, FailsWithoutAnArchive) {
   EXPECT_EQ(writeOne(unknown, "x"), ErrorCode::IOError);
   EXPECT_EQ(folder.content("a.tar"), "");
 
+  // Half an entry in each compression; what it takes is given back.
+  for (const auto* name : {"b.tar", "b.tar.gz", "b.tar.bz2", "b.tar.xz", "b.tar.zst", "b.tar.lz4", "b.tar.Z"}) {
+    EXPECT_EQ(faultOf([&] {
+                write(name, [&](ArchiveWriter& writer) {
+                  auto entry = file("a", "");
+                  entry.size = std::uint64_t{1} << 40;
+                  Text text(noise(100'000));
+                  writer.add(entry, &text);
+                });
+              }),
+              ErrorCode::IOError);
+    EXPECT_FALSE(item(name).fileExists());
+  }
+
   for (std::size_t call = 1;; ++call) {
     faults->clear();
     faults->fail(Operation::Write, call, ErrorCode::NoSpaceLeft);

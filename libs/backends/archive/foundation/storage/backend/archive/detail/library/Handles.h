@@ -11,9 +11,11 @@ struct FreeReader {
   void operator()(::archive* reader) const noexcept { archive_read_free(reader); }
 };
 struct FreeWriter {
-  /// Without writing anything more.
+  /// A writer that was not closed is: otherwise libarchive keeps the memory of its compressions. First it is told that
+  /// it has failed, so that it does not fill up what is missing of an entry.
   void operator()(::archive* writer) const noexcept {
     archive_write_fail(writer);
+    archive_write_close(writer);
     archive_write_free(writer);
   }
 };

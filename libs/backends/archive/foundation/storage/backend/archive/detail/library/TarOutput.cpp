@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <new>
 #include <string>
 
@@ -21,8 +20,11 @@ TarOutput::TarOutput(Output& output, const std::vector<int>& filters) : output_(
   check(archive_write_set_format_pax(handle_.get()));
   addFilters(filters);
   const NameLocale locale(NameForm::Utf8);
+  isWritten_ = true;
   check(archive_write_open2(handle_.get(), this, nullptr, &TarOutput::onWrite, nullptr, nullptr));
 }
+
+TarOutput::~TarOutput() { isWritten_ = false; }
 
 void TarOutput::addFilters(const std::vector<int>& filters) {
   for (const auto filter : filters)
@@ -72,18 +74,17 @@ void TarOutput::check(int result) const {
   throw damage(told != nullptr ? told : "the archive cannot be written");
 }
 
-la_ssize_t TarOutput::onWrite(::archive* writer, void* self, const void* bytes, std::size_t count) {
+/// Never fails: libarchive does not free everything after a failure. `check` tells of it.
+la_ssize_t TarOutput::onWrite(::archive*, void* self, const void* bytes, std::size_t count) {
   auto& output = *static_cast<TarOutput*>(self);
   try {
-    if (!output.failure_) {
+    if (output.isWritten_)
       output.output_.write({static_cast<const char*>(bytes), count});
-      return static_cast<la_ssize_t>(count);
-    }
   } catch (...) {
     output.failure_ = std::current_exception();
+    output.isWritten_ = false;
   }
-  archive_set_error(writer, EIO, "the archive's bytes cannot be written");
-  return ARCHIVE_FATAL;
+  return static_cast<la_ssize_t>(count);
 }
 
 }  // namespace foundation::storage::backend::archive::detail::library

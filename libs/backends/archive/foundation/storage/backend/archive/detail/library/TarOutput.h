@@ -20,6 +20,9 @@ class TarOutput {
   /// @param output   lives longer
   /// @param filters  libarchive's codes, from the innermost to the outermost
   TarOutput(Output& output, const std::vector<int>& filters);
+  ~TarOutput();
+  TarOutput(const TarOutput&) = delete;
+  TarOutput& operator=(const TarOutput&) = delete;
 
   /// Begins an entry; the one before has to be finished.
   void begin(archive_entry* header);
@@ -41,6 +44,7 @@ class TarOutput {
   void check(int result) const;
 
   Output& output_;
+  bool isWritten_ = false;  ///< whether what libarchive gives goes anywhere
   std::exception_ptr failure_;
   WriterHandle handle_;
 };
