@@ -435,9 +435,14 @@ TEST(HostileArchiveTest, WhatIsWrittenIsWithinTheLimits) {
     ASSERT_EQ(stream->write(zeros.data(), static_cast<std::int64_t>(zeros.size())),
               static_cast<std::int64_t>(zeros.size()));
     stream->close();
-    archive.root().flushFilesystem();
+    // Compressed as a whole it might be taken for a bomb; then it is not written.
+    const auto root = archive.root().getLocation();
+    const auto failure = laws::archiveFailureAt(root, [&] { archive.root().flushFilesystem(); });
     const auto again = laws::seenArchive(archive.placedAnew().root(), {.bytes = 64 * mebibyte});
-    EXPECT_EQ(described(again), Lines{"zeros = 8388608 bytes"});
+    if (failure)
+      EXPECT_TRUE(failure == ErrorCode::FileTooLarge && name.starts_with(u"a.tar.") && archive.bytes().empty());
+    else
+      EXPECT_EQ(described(again), Lines{"zeros = 8388608 bytes"});
   }
 }
 
@@ -618,6 +623,12 @@ TEST(HostileArchiveTest, DamagedSevenZipsAreRefused) {
                                            {"encrypted", encrypted, {"a !UnsupportedOperation"}},
                                            {"encrypted names", encryptedNames, {"!UnsupportedOperation"}},
                                        });
+}
+
+TEST(HostileArchiveTest, WhatFollowsLargeEntriesInSevenZipsCanBeRead) {
+  const PlacedArchive archive(ArchiveFormat::SevenZip,
+                              sevenZip({{"a", mixed(40 * mebibyte, 65'536)}, {"ok", "fine"}}, "deflate"));
+  EXPECT_EQ(wholeContent(archive.at("ok")), "fine");
 }
 
 TEST(HostileArchiveTest, OnlyArchivesAreTakenForArchives) {

@@ -8,7 +8,7 @@ namespace foundation::storage::backend::archive::detail::library {
 archive_entry* Cursor::goTo(std::size_t number, std::string_view name) {
   archive_entry* header = nullptr;
   while (next_ <= number) {
-    header = reader_.next();
+    header = reader_.next(Reader::Unread::Decode);
     if (header == nullptr)
       break;
     ++next_;

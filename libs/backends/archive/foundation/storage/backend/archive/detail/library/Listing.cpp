@@ -20,7 +20,7 @@ Reading detect(Reading reading, const std::shared_ptr<Container>& container, con
   if (reading != Reading::Any)
     return reading;
   Reader reader(container, reading, 0, limits);
-  reader.next();
+  reader.next(Reader::Unread::PassOver);
   return reader.format() == ARCHIVE_FORMAT_TAR ? Reading::Tar : reading;
 }
 
@@ -33,7 +33,7 @@ class Lister {
   }
 
   Listing list() {
-    while (auto* const header = reader_.next()) {
+    while (auto* const header = reader_.next(Reader::Unread::PassOver)) {
       placeContent();
       add(header);
     }

@@ -82,9 +82,9 @@ Reader::Reader(const std::shared_ptr<Container>& container, Reading reading, std
     fail();
 }
 
-archive_entry* Reader::next() {
-  if (isInEntry_ && isFiltered())
-    drain();
+archive_entry* Reader::next(Unread unread) {
+  if (isInEntry_)
+    passBy(unread);
   const posix::NameLocale locale(names_);
   archive_entry* header = nullptr;
   const auto result = archive_read_next_header(handle_.get(), &header);
@@ -116,7 +116,28 @@ std::vector<int> Reader::filters() const {
   return codes;
 }
 
-/// libarchive would do this by itself, in one go: without looking at how much comes out of how little.
+/// Whether entries may be compressed together.
+bool Reader::isSolid() const {
+  return format() == ARCHIVE_FORMAT_7ZIP || format() == ARCHIVE_FORMAT_CAB || format() == ARCHIVE_FORMAT_RAR ||
+         format() == ARCHIVE_FORMAT_RAR_V5;
+}
+
+void Reader::passBy(Unread unread) {
+  if (isFiltered())
+    return drain();
+  if (unread == Unread::PassOver || !isSolid())
+    return;
+  try {
+    drain();
+  } catch (const Fault& fault) {
+    // What is wrong with one entry need not be wrong with the next.
+    if (fault.code() == provider::ErrorCode::FileTooLarge)
+      throw;
+  }
+}
+
+/// libarchive would do this by itself, in one go (and, in a 7z, lose its way after some MiB): without looking at how
+/// much comes out of how little.
 void Reader::drain() {
   Block block;
   while (readBlock(block)) {

@@ -30,9 +30,15 @@ class Reader {
   /// @param begin  a position in the container, in bytes; 0 but for `Reading::PlainTar`
   Reader(const std::shared_ptr<Container>& container, Reading reading, std::uint64_t begin, const Limits& limits);
 
+  /// What becomes of content that nobody has read.
+  enum class Unread {
+    PassOver,  ///< where that is possible: all that listing needs
+    Decode,    ///< where what follows is compressed together with it
+  };
+
   /// Goes to the next entry, past what is left of the present one.
   /// @return its header, until the next call; null at the end
-  archive_entry* next();
+  archive_entry* next(Unread unread);
 
   /// Where the present header begins in what was compressed, or in the container where nothing is. At the end, where
   /// the last entry ends.
@@ -62,6 +68,8 @@ class Reader {
 
  private:
   std::size_t readPresent(char* buffer, std::size_t count);
+  bool isSolid() const;
+  void passBy(Unread unread);
   void drain();
   void requireRatio();
   [[noreturn]] void fail() const;
