@@ -3,6 +3,7 @@
 #include "Stores.h"
 
 #include <fl/i18n/Convert.h>
+#include <foundation/storage/backend/archive/ArchiveProviderFactory.h>
 #include <foundation/storage/backend/local/LocalProviderFactory.h>
 #include <foundation/storage/registry/InvalidRegistrationException.h>
 #include <foundation/storage/registry/ReadOnlyFilter.h>
@@ -13,6 +14,8 @@
 namespace foundation::storage::registry {
 namespace {
 
+using backend::archive::ArchiveFormat;
+using backend::archive::ArchiveProviderFactory;
 using backend::local::LocalProviderFactory;
 using backend::memory::MemoryProviderFactory;
 
@@ -57,7 +60,7 @@ TEST_F(ProviderRegistryTest, RefusesWhatNothingIsRegisteredFor) {
     std::u16string location;  ///< where it differs
     std::u16string reason;
   };
-  const std::u16string schemes = u"\" is not known; these are: box, file, memory";
+  const std::u16string schemes = u"\" is not known; these are: archive, box, file, memory, sevenzip, tar, zip";
   const std::u16string filters = u"\" is not known; these are: readonly";
   std::u16string tooMany;
   for (int i = 0; i < 17; ++i)
@@ -144,11 +147,16 @@ TEST_F(ProviderRegistryTest, RefusesNamesThatItCannotTellApart) {
   registry.addPhysical(u"X-1.y", std::make_shared<MemoryProviderFactory>());
   using enum Role;
   EXPECT_EQ(registry.registrations(),
-            (std::vector<Registration>{{u"box", Container},
-                                       {u"file", Physical, LocalProviderFactory::capabilities()},
-                                       {u"memory", Physical, MemoryProviderFactory::capabilities()},
-                                       {u"readonly", Filter},
-                                       {u"x-1.y", Physical}}));
+            (std::vector<Registration>{
+                {u"archive", Container, ArchiveProviderFactory::capabilities(ArchiveFormat::Any)},
+                {u"box", Container},
+                {u"file", Physical, LocalProviderFactory::capabilities()},
+                {u"memory", Physical, MemoryProviderFactory::capabilities()},
+                {u"readonly", Filter},
+                {u"sevenzip", Container, ArchiveProviderFactory::capabilities(ArchiveFormat::SevenZip)},
+                {u"tar", Container, ArchiveProviderFactory::capabilities(ArchiveFormat::Tar)},
+                {u"x-1.y", Physical},
+                {u"zip", Container, ArchiveProviderFactory::capabilities(ArchiveFormat::Zip)}}));
 }
 
 TEST_F(ProviderRegistryTest, ShutsDownAllEvenIfOneFails) {
@@ -201,7 +209,7 @@ TEST_F(ProviderRegistryTest, ServesManyThreadsAtOnce) {
     }
   });
   EXPECT_EQ(same, 800);
-  EXPECT_EQ(registry.registrations().size(), 104u);
+  EXPECT_EQ(registry.registrations().size(), 108u);
   EXPECT_EQ(holder.getProviderStorageInfo().getStorageCapacity(), 1000u);
 }
 

@@ -559,13 +559,11 @@ TEST(HostileArchiveTest, TarsGiveNoMoreThanTheLimits) {
   const TarEntry big{.name = "a", .sizeField = octal(std::uint64_t{1} << 30, 12)};
   const auto bomb = gzip(deflatedZeros(tarHeader(big), 1024), 0, (std::uint64_t{1} << 30) + 512);
   const auto text = tar({tarFine});
-  const auto broken = gzip(deflated(text), crcOf(text) + 1, text.size());
   const auto packed = compressed("xz", tar({{.name = "a", .content = mixed(mebibyte, 65'536)}}));
   expectShown(ArchiveFormat::Tar,
               {
                   {"a hole of 1 TiB", tar({hole, tarFile("plain"), tarFine}), {"a !FileTooLarge", fineLine}},
                   {"a bomb", bomb, {"!FileTooLarge"}},
-                  {"a wrong checksum of it all", broken, {"!IOError"}},
                   {"half of it", packed.substr(0, packed.size() / 2), {"!IOError"}},
                   {"one entry too many",
                    tar({tarFile("a"), tarFile("b"), tarFine}),

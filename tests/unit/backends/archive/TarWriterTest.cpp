@@ -41,11 +41,12 @@ class TarWriterTest : public LibraryTest {
 
   /// Writes a tar, in the place of `old` where there is one.
   /// @return what the writer says is in it now
-  Archive write(const std::string& name, const Write& entries, const Archive& old = nullptr) const {
+  Archive write(const std::string& name, const Write& entries, const Archive& old = nullptr,
+                const Limits& limits = {}) const {
     const auto file = container(name);
     const auto stream = file->item().openTransactionalStream({});
     Output output(*stream);
-    const auto writer = beginTar(file, {}, old, output);
+    const auto writer = beginTar(file, limits, old, output);
     entries(*writer);
     const auto written = writer->finish();
     stream->close(StreamClosePolicy::Commit);
@@ -202,7 +203,7 @@ TEST_F(TarWriterTest, TakesOverAllThatBelongsToAnEntry) {
     const auto before = told(name);
     folder.run("cp " + name + " whole-" + name);
     const auto written = write(
-        name, [&](ArchiveWriter& writer) { takeAll(writer, *old); }, old);
+        name, [&](ArchiveWriter& writer) { takeAll(writer, *old); }, old, limits);
     EXPECT_EQ(told(name), before);
     EXPECT_EQ(describe(*written), describe(*old));
     EXPECT_EQ(describe(*written), describe(*read(name, ArchiveFormat::Tar, limits)));
