@@ -80,6 +80,7 @@ std::size_t depthOf(const StorageIRI& location) {
 std::unique_ptr<Node> newFolder() {
   auto node = std::make_unique<Node>(EntryKind::Folder);
   node->isCreated = true;
+  node->lastModified = now();
   return node;
 }
 
@@ -566,6 +567,7 @@ void Archive::put(const Content& copy, const Place& destination, ReplacementPoli
   const auto lock = lockToChange(destination.location);
   const auto spot = requireReplaceable(destination, policy, source);
   auto node = std::make_unique<Node>(EntryKind::File);
+  node->lastModified = now();
   node->permissions = spot.node != nullptr ? spot.node->permissions : copy.permissions;
   node->staged = copy.staged;
   if (!copy.staged) {

@@ -30,7 +30,7 @@ struct Node {
 
   EntryKind kind;
   std::uint32_t permissions;
-  boost::posix_time::ptime lastModified = now();  ///< where there is no staged content
+  boost::posix_time::ptime lastModified;  ///< where there is no staged content
 
   /// The number of the stored entry that this is made of; none for what is new, and for folders that names only imply.
   std::optional<std::size_t> entry;

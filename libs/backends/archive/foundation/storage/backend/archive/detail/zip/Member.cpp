@@ -3,7 +3,6 @@
 #include <foundation/storage/backend/archive/detail/Fault.h>
 #include <foundation/storage/backend/archive/detail/zip/ExtraFields.h>
 #include <foundation/storage/backend/archive/detail/zip/Records.h>
-#include <foundation/storage/backend/archive/detail/zip/Times.h>
 
 #include <sys/stat.h>
 #include <zlib.h>
@@ -83,7 +82,7 @@ void readAttributes(std::string_view record, Entry& entry) {
 
 }  // namespace
 
-void takeRecord(std::string_view& directory, std::uint64_t base, Entry& entry, Member& member) {
+void takeRecord(std::string_view& directory, std::uint64_t base, TimeReader& times, Entry& entry, Member& member) {
   if (directory.size() < directoryRecordSize || readNumber<std::uint32_t>(directory, 0) != directorySignature)
     throw damage("the zip's directory holds something that is no record");
   const std::size_t nameSize = readNumber<std::uint16_t>(directory, 28);
@@ -110,7 +109,7 @@ void takeRecord(std::string_view& directory, std::uint64_t base, Entry& entry, M
   entry.name = realName(parts);
   entry.isEncrypted = (member.flags & (flagEncrypted | flagStronglyEncrypted | flagMasked)) != 0;
   entry.size = member.size;
-  entry.lastModified = readTime(readNumber<std::uint32_t>(record, 12), parts.extra);
+  entry.lastModified = times.read(readNumber<std::uint32_t>(record, 12), parts.extra);
   readAttributes(record, entry);
 }
 

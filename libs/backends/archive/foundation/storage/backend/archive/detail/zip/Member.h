@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/storage/backend/archive/detail/Entry.h>
+#include <foundation/storage/backend/archive/detail/zip/Times.h>
 
 #include <cstdint>
 #include <string_view>
@@ -21,6 +22,6 @@ struct Member {
 
 /// Reads the record at the beginning of `directory`, and removes it from there. Throws `Fault` where none is there.
 /// @param base  added to its position
-void takeRecord(std::string_view& directory, std::uint64_t base, Entry& entry, Member& member);
+void takeRecord(std::string_view& directory, std::uint64_t base, TimeReader& times, Entry& entry, Member& member);
 
 }  // namespace foundation::storage::backend::archive::detail::zip

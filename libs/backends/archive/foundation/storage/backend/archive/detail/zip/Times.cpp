@@ -49,9 +49,12 @@ std::optional<ptime> unixTime(std::string_view extra) {
   return unixEpoch + seconds(readNumber<std::int32_t>(*field, 1));
 }
 
-ptime localTime(std::uint32_t dosTime) {
+/// The bits of MS-DOS's time that are its seconds, halved.
+constexpr std::uint32_t secondsMask = 0x1F;
+
+/// Without its seconds.
+ptime localMinute(std::uint32_t dosTime) {
   std::tm parts{};
-  parts.tm_sec = static_cast<int>(dosTime & 0x1F) * 2;
   parts.tm_min = static_cast<int>(dosTime >> 5 & 0x3F);
   parts.tm_hour = static_cast<int>(dosTime >> 11 & 0x1F);
   parts.tm_mday = static_cast<int>(dosTime >> 16 & 0x1F);
@@ -76,7 +79,15 @@ bool fitsUnixTime(std::int64_t time) {
 
 }  // namespace
 
-ptime readTime(std::uint32_t dosTime, std::string_view extra) {
+ptime TimeReader::localTime(std::uint32_t dosTime) {
+  const auto minute = dosTime & ~secondsMask;
+  auto& known = minutes_[(minute >> 5) % minutes_.size()];
+  if (known.dosTime != minute || minute == 0)
+    known = {minute, localMinute(minute)};
+  return known.time + seconds((dosTime & secondsMask) * 2);
+}
+
+ptime TimeReader::read(std::uint32_t dosTime, std::string_view extra) {
   if (const auto time = ntfsTime(extra))
     return *time;
   if (const auto time = unixTime(extra))

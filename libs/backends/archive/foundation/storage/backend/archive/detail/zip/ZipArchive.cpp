@@ -37,10 +37,11 @@ void ZipArchive::readRecords() {
   const auto expected = std::min<std::uint64_t>(end_.count, directory_.size() / directoryRecordSize);
   entries_.reserve(expected);
   members_.reserve(expected);
+  TimeReader times;
   for (std::string_view rest = directory_; !rest.empty();) {
     if (entries_.size() == limits_.entries)
       throw tooManyEntries(limits_);
-    takeRecord(rest, end_.base, entries_.emplace_back(), members_.emplace_back());
+    takeRecord(rest, end_.base, times, entries_.emplace_back(), members_.emplace_back());
   }
   if (!isTold(end_, entries_.size()))
     throw damage("the zip's directory holds another number of records than its end tells");
@@ -52,8 +53,11 @@ void ZipArchive::findOverlaps() {
   byPosition.reserve(members_.size());
   for (auto& member : members_)
     byPosition.push_back(&member);
-  std::sort(byPosition.begin(), byPosition.end(),
-            [](const Member* left, const Member* right) { return left->headerPosition < right->headerPosition; });
+  const auto isBefore = [](const Member* left, const Member* right) {
+    return left->headerPosition < right->headerPosition;
+  };
+  if (!std::is_sorted(byPosition.begin(), byPosition.end(), isBefore))
+    std::sort(byPosition.begin(), byPosition.end(), isBefore);
   Member* reachesFarthest = nullptr;
   std::uint64_t farthest = 0;
   for (auto* member : byPosition) {
