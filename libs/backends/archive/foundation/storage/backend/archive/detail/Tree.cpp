@@ -76,9 +76,12 @@ void Tree::add(const StoredArchive& archive, std::size_t number) {
 
 /// What a folder has under a name; where that is nothing, a new node.
 std::unique_ptr<Node>& Tree::makeNode(Node& folder, const std::u16string& name, EntryKind kind) {
-  const auto present = folder.children.find(name);
-  if (present != folder.children.end())
-    return present->second;
+  auto& children = folder.children;
+  // Most archives are in the order of their names: what comes next belongs at the end, or is what came last.
+  const bool isLast = children.empty() || children.rbegin()->first < name;
+  const auto behind = isLast ? children.end() : children.lower_bound(name);
+  if (!isLast && behind->first == name)
+    return behind->second;
   // A short archive can have names that imply many folders.
   if (nodes_ == limits_.entries)
     throw Fault(provider::ErrorCode::FileTooLarge, "the names of the archive's entries imply more folders than the " +
@@ -87,7 +90,7 @@ std::unique_ptr<Node>& Tree::makeNode(Node& folder, const std::u16string& name, 
   ++nodes_;
   auto node = std::make_unique<Node>(kind);
   node->lastModified = time_;
-  return folder.children.emplace(name, std::move(node)).first->second;
+  return children.emplace_hint(behind, name, std::move(node))->second;
 }
 
 /// The folder that holds the last name; null where something else is on the way.
