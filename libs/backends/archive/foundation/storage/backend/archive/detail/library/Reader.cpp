@@ -12,7 +12,8 @@ namespace {
 
 using Enable = int (*)(::archive*);
 
-/// Those compressions that libarchive does itself. For others it answers with a warning, and would start a program.
+/// Those compressions that libarchive does itself; a gzip only within another compression. For others it answers with a
+/// warning, and would start a program.
 std::vector<Enable> ownFilters() {
   std::vector<Enable> own;
   for (const auto enable :
@@ -45,9 +46,11 @@ void enableFormats(::archive* reader, Reading reading) {
       enable(reader);
 }
 
+bool mayBeCompressed(Reading reading) { return reading == Reading::Tar || reading == Reading::Any; }
+
 void enableFilters(::archive* reader, Reading reading) {
   static const auto filters = ownFilters();
-  if (reading == Reading::Tar || reading == Reading::Any)
+  if (mayBeCompressed(reading))
     for (const auto enable : filters)
       enable(reader);
 }
@@ -61,6 +64,10 @@ ReaderHandle makeHandle(Reading reading) {
   return handle;
 }
 
+Source::Compression compressionIn(Reading reading) {
+  return mayBeCompressed(reading) ? Source::Compression::MayBeGzip : Source::Compression::None;
+}
+
 /// A tar's names are bytes, or said to be UTF-8, and are to be the same when they are written again.
 posix::NameForm namesIn(Reading reading) {
   return reading == Reading::Tar || reading == Reading::PlainTar ? posix::NameForm::Bytes : posix::NameForm::Utf8;
@@ -72,7 +79,7 @@ Reader::Reader(const std::shared_ptr<Container>& container, Reading reading, std
     : limits_(limits),
       begin_(begin),
       names_(namesIn(reading)),
-      source_(container, begin, limits),
+      source_(container, begin, compressionIn(reading), limits),
       handle_(makeHandle(reading)) {
   source_.attachTo(handle_.get());
   const posix::NameLocale locale(names_);
@@ -113,6 +120,8 @@ std::vector<int> Reader::filters() const {
   std::vector<int> codes;
   for (int filter = 0; filter + 1 < archive_filter_count(handle_.get()); ++filter)
     codes.push_back(archive_filter_code(handle_.get(), filter));
+  if (source_.isGzip())
+    codes.push_back(ARCHIVE_FILTER_GZIP);
   return codes;
 }
 

@@ -44,7 +44,7 @@ class Reader {
   /// the last entry ends.
   std::uint64_t headerPosition() const;
   /// Whether what follows a header lies in the container as it is.
-  bool isFiltered() const { return archive_filter_count(handle_.get()) > 1; }
+  bool isFiltered() const { return source_.isGzip() || archive_filter_count(handle_.get()) > 1; }
   /// libarchive's codes, from the innermost filter to the outermost.
   std::vector<int> filters() const;
   /// libarchive's code, without variants; known from the first header on.

@@ -9,14 +9,20 @@
 
 namespace foundation::storage::backend::archive::detail::library {
 
-Source::Source(const std::shared_ptr<Container>& container, std::uint64_t begin, const Limits& limits)
-    : limits_(limits), input_(container->open()), begin_(begin), position_(begin) {}
+Source::Source(const std::shared_ptr<Container>& container, std::uint64_t begin, Compression compression,
+               const Limits& limits)
+    : limits_(limits), input_(container->open()), begin_(begin), position_(begin) {
+  if (compression == Compression::MayBeGzip && Gunzip::isBegun(input_))
+    gunzip_.emplace();
+}
 
 void Source::attachTo(::archive* reader) {
   archive_read_set_read_callback(reader, &Source::onRead);
+  archive_read_set_callback_data(reader, this);
+  if (gunzip_)
+    return;  // which can only be read on
   archive_read_set_skip_callback(reader, &Source::onSkip);
   archive_read_set_seek_callback(reader, &Source::onSeek);
-  archive_read_set_callback_data(reader, this);
 }
 
 void Source::rethrow() const {
@@ -54,7 +60,16 @@ la_int64_t Source::onSeek(::archive* reader, void* self, la_int64_t offset, int 
   return source.guard(reader, [&] { return source.seek(offset, origin); });
 }
 
+std::size_t Source::readGzip(const void** block) {
+  const auto bytes = gunzip_->next(input_);
+  Budget::requireRatio(limits_, gunzip_->produced(), size());
+  *block = bytes.data();
+  return bytes.size();
+}
+
 std::size_t Source::read(::archive* reader, const void** block) {
+  if (gunzip_)
+    return readGzip(block);
   // What is decoded within one call of libarchive, however much, passes by here.
   if (archive_filter_count(reader) > 1)
     Budget::requireRatio(limits_, static_cast<std::uint64_t>(std::max<la_int64_t>(0, archive_filter_bytes(reader, 0))),

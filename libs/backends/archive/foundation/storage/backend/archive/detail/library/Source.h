@@ -2,6 +2,7 @@
 
 #include <foundation/storage/backend/archive/detail/Container.h>
 #include <foundation/storage/backend/archive/detail/Limits.h>
+#include <foundation/storage/backend/archive/detail/library/Gunzip.h>
 
 #include <archive.h>
 
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace foundation::storage::backend::archive::detail::library {
@@ -17,8 +19,14 @@ namespace foundation::storage::backend::archive::detail::library {
 /// throw, since no exception may pass through libarchive. For one thread at a time.
 class Source {
  public:
-  /// @param begin  a position in the container, in bytes
-  Source(const std::shared_ptr<Container>& container, std::uint64_t begin, const Limits& limits);
+  enum class Compression {
+    None,      ///< or one that libarchive looks for itself
+    MayBeGzip  ///< which is decoded here
+  };
+
+  /// @param begin  a position in the container, in bytes; 0 for what may be compressed
+  Source(const std::shared_ptr<Container>& container, std::uint64_t begin, Compression compression,
+         const Limits& limits);
   Source(const Source&) = delete;
   Source& operator=(const Source&) = delete;
 
@@ -30,7 +38,9 @@ class Source {
   void rethrow() const;
 
   /// How many of the container's bytes were read or passed over.
-  std::uint64_t consumed() const { return consumed_; }
+  std::uint64_t consumed() const { return gunzip_ ? gunzip_->consumed() : consumed_; }
+  /// Whether a gzip is decoded here, of which libarchive sees nothing.
+  bool isGzip() const { return gunzip_.has_value(); }
   /// How many bytes the container has.
   std::uint64_t size() { return input_.size(); }
 
@@ -50,6 +60,7 @@ class Source {
   la_int64_t guard(::archive* reader, const Operation& operation) noexcept;
 
   std::size_t read(::archive* reader, const void** block);
+  std::size_t readGzip(const void** block);
   std::uint64_t skip(std::uint64_t count);
   std::uint64_t seek(std::int64_t offset, int origin);
 
@@ -60,6 +71,7 @@ class Source {
   std::uint64_t consumed_ = 0;
   std::size_t blockSize_ = firstBlock;
   std::vector<char> block_;
+  std::optional<Gunzip> gunzip_;
   std::exception_ptr failure_;
 };
 
