@@ -468,6 +468,9 @@ void Archive::move(const Place& source, const Place& destination, ReplacementPol
       throw refusal(ErrorCode::ResourceAlreadyExists, destination.location, u"This is the source itself");
     return;
   }
+  // A link, too, can lead into the folder.
+  if (std::find(to.way.begin(), to.way.end(), &moved) != to.way.end())
+    throw refusal(ErrorCode::InvalidLocation, destination.location, u"A folder cannot be moved into itself");
   requireMoveDestination(moved, to, destination, policy);
   const auto from = requireWritableSpot(source, AtEnd::KeepLink);
   requireWritableSpot(destination, AtEnd::KeepLink);

@@ -135,7 +135,8 @@ Tree::Found Tree::find(const Names& names, AtEnd atEnd) const {
     auto& folder = *folders.back();
     const auto child = folder.children.find(name);
     if (child == folder.children.end())
-      return rest.empty() ? Found{nullptr, &folder, name} : Found{.obstacle = Obstacle::Missing};
+      return rest.empty() ? Found{nullptr, &folder, name, Obstacle::None, std::move(folders)}
+                          : Found{.obstacle = Obstacle::Missing};
     auto& node = *child->second;
     if (node.kind == EntryKind::Link && (!rest.empty() || atEnd == AtEnd::FollowLink)) {
       if (leadsOut(node))
@@ -154,6 +155,7 @@ Tree::Found Tree::find(const Names& names, AtEnd atEnd) const {
     else if (!rest.empty())
       return {.obstacle = Obstacle::File};
   }
+  found.way = std::move(folders);
   return found;
 }
 

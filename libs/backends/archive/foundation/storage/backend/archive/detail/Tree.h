@@ -46,6 +46,7 @@ class Tree {
     Node* folder = nullptr;  ///< that holds it, or could; null for the root, and for what a link finds by ".."
     std::u16string name{};   ///< in that folder
     Obstacle obstacle = Obstacle::None;
+    std::vector<Node*> way{};  ///< the folders from the root on that it lies in, whatever links lead there; it, too
   };
   Found find(const Names& names, AtEnd atEnd) const;
 
