@@ -542,7 +542,7 @@ std::unique_ptr<StagedContent::Writing> Archive::beginWriting(const Place& place
   return std::make_unique<StagedContent::Writing>(node.staged);
 }
 
-Tree::Found Archive::requireReplaceable(const Place& place, ReplacementPolicy policy, const Content* source) const {
+Tree::Found Archive::requireReplaceable(const Place& place, ReplacementPolicy policy, const Place* source) const {
   auto found = requireSpot(place, AtEnd::FollowLink);
   if (found.node == nullptr)
     return requireWritableSpot(place, AtEnd::FollowLink);
@@ -550,23 +550,20 @@ Tree::Found Archive::requireReplaceable(const Place& place, ReplacementPolicy po
     throw refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
   if (found.node->isFolder())
     throw refusal(ErrorCode::InvalidLocation, place.location, u"This is a folder");
-  const bool isSource = source != nullptr && (source->staged ? found.node->staged == source->staged
-                                                             : !found.node->staged && source->stored == stored_ &&
-                                                                   found.node->source == source->number);
-  if (isSource)
+  if (source != nullptr && find(*source, AtEnd::FollowLink) == found.node)
     throw refusal(ErrorCode::InvalidLocation, place.location, u"A file cannot be copied onto itself");
   if (!found.node->isWritable())
     throw refusal(ErrorCode::PermissionDenied, place.location, u"The file is not writable");
   return found;
 }
 
-void Archive::requireCanPut(const Place& destination, ReplacementPolicy policy, const Content* source) const {
+void Archive::requireCanPut(const Place& destination, ReplacementPolicy policy, const Place* source) const {
   requireWritten(destination.location);
   const auto lock = lockToLook();
   requireReplaceable(destination, policy, source);
 }
 
-void Archive::put(const Content& copy, const Place& destination, ReplacementPolicy policy, const Content* source) {
+void Archive::put(const Content& copy, const Place& destination, ReplacementPolicy policy, const Place* source) {
   const auto lock = lockToChange(destination.location);
   const auto spot = requireReplaceable(destination, policy, source);
   auto node = std::make_unique<Node>(EntryKind::File);

@@ -92,10 +92,10 @@ class Archive : public std::enable_shared_from_this<Archive> {
   std::unique_ptr<StagedContent::Writing> beginWriting(const Place& place, provider::ByteStreamCreate create,
                                                        provider::ByteStreamTruncate truncate);
   /// Throws unless new content could be put at `destination`.
-  /// @param source  the content that is to be put there is a copy of it: not to be replaced by it
-  void requireCanPut(const Place& destination, provider::ReplacementPolicy policy, const Content* source) const;
+  /// @param source  a file that must not be replaced, as the content is a copy of it; null where there is none
+  void requireCanPut(const Place& destination, provider::ReplacementPolicy policy, const Place* source) const;
   /// Puts a file in the place of what is there, where `requireCanPut` would allow it.
-  void put(const Content& copy, const Place& destination, provider::ReplacementPolicy policy, const Content* source);
+  void put(const Content& copy, const Place& destination, provider::ReplacementPolicy policy, const Place* source);
 
   /// To be called when a stream has written: the archive is written where every change is.
   /// @param location  for failures
@@ -137,7 +137,7 @@ class Archive : public std::enable_shared_from_this<Archive> {
   Tree::Found requireSpot(const Place& place, AtEnd atEnd) const;
   Tree::Found requireWritableSpot(const Place& place, AtEnd atEnd) const;
   Node& insert(const Place& place, std::unique_ptr<Node> node, AtEnd atEnd);
-  Tree::Found requireReplaceable(const Place& place, provider::ReplacementPolicy policy, const Content* source) const;
+  Tree::Found requireReplaceable(const Place& place, provider::ReplacementPolicy policy, const Place* source) const;
   void requireMoveDestination(const Node& moved, const Tree::Found& to, const Place& destination,
                               provider::ReplacementPolicy policy) const;
   void stage(Node& node, const provider::StorageIRI& location, provider::ByteStreamTruncate truncate);

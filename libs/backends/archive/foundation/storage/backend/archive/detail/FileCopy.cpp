@@ -44,7 +44,7 @@ TransactionStatus copyAside(Archive& archive, const Place& source, const Place& 
                             provider::ReplacementPolicy policy, const provider::InterruptCallback& interrupt) {
   archive.requireWritten(source.location);
   const auto original = archive.content(source);
-  archive.requireCanPut(destination, policy, &original);
+  archive.requireCanPut(destination, policy, &source);
   auto copy = original;
   if (original.staged) {
     copy.staged = at(destination.location, [&] { return copyOf(*original.staged, interrupt); });
@@ -53,7 +53,7 @@ TransactionStatus copyAside(Archive& archive, const Place& source, const Place& 
   } else if (isStoppedDuring(original.size.value_or(0), interrupt)) {
     return TransactionStatus::Aborted;
   }
-  archive.put(copy, destination, policy, &original);
+  archive.put(copy, destination, policy, &source);
   return TransactionStatus::Completed;
 }
 
