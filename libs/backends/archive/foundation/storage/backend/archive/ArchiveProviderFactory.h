@@ -21,8 +21,10 @@ namespace foundation::storage::backend::archive {
 /// U+DCFF. "." and empty parts of a name are left out of it. Of entries with the same name the last one counts.
 /// These are hidden, and cannot be reached: entries whose names begin with '/', hold a ".." or a NUL, are empty or
 /// more than 4,096 names deep; entries that lead through something that is no folder; a file where there is a folder
-/// already, and a folder where there is something else. Symbolic links lead to what is in the archive, relative to
-/// their folder, and are broken where they lead out of it, by ".." or by '/'. Times without a zone are local ones.
+/// already, and a folder where there is something else. What is hidden stays in an archive that is written anew, but
+/// for what would turn up there because that which hid it is gone. Symbolic links lead to what is in the archive,
+/// relative to their folder, and are broken where they lead out of it, by ".." or by '/'. Times without a zone are
+/// local ones.
 ///
 /// **Reading.** Any number of streams read at the same time; each seeks freely. What is stored without compression
 /// is read where it lies. In compressed entries, and in formats that can be read only from the beginning, a step

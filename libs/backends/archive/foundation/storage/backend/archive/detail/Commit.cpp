@@ -9,6 +9,7 @@
 #include <fl/i18n/Convert.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace foundation::storage::backend::archive::detail {
@@ -25,8 +26,7 @@ Commit::Commit(Tree& tree, std::shared_ptr<const StoredArchive> stored) : tree_(
 }
 
 void Commit::plan() {
-  for (const auto number : tree_.hidden())
-    items_.push_back({nullptr, number, {}});
+  auto last = planHidden();
   support::visitBelow(tree_.root(), true, [&](const std::u16string& path, const auto&, Node& node, std::size_t) {
     ++nodes_;
     if (isWritten(node))
@@ -34,6 +34,23 @@ void Commit::plan() {
   });
   std::stable_sort(items_.begin(), items_.end(),
                    [](const Item& left, const Item& right) { return left.number < right.number; });
+  std::move(last.begin(), last.end(), std::back_inserter(items_));
+}
+
+/// What no name leads to stays where it is. What other entries hide goes last, as the last one of a name counts; once
+/// they are gone it is dropped: it must not turn up under a name that somebody has removed, or given to something else.
+/// @return what goes last
+std::vector<Commit::Item> Commit::planHidden() {
+  std::vector<Item> last;
+  for (const auto number : tree_.hidden()) {
+    const auto& entry = stored_->entries()[number];
+    const auto names = parseEntryName(entry.name);
+    if (!names)
+      items_.push_back({nullptr, number, {}});
+    else if (tree_.hides(*names, entry.kind))
+      last.push_back({nullptr, number, {}});
+  }
+  return last;
 }
 
 void Commit::write(ArchiveFormat format, const std::shared_ptr<Container>& container, const Limits& limits) {

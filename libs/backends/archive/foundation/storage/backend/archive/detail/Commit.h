@@ -15,8 +15,8 @@
 
 namespace foundation::storage::backend::archive::detail {
 
-/// One writing of an archive: what its tree shows, and what is hidden, in the order of the old archive, and then what
-/// is new. The tree must not change meanwhile; contents may, and then stay staged.
+/// One writing of an archive: what its tree shows, in the order of the old archive, then what is new, and last what
+/// others hide. The tree must not change meanwhile; contents may, and then stay staged.
 class Commit {
  public:
   /// @param stored  the old archive; null where there is none
@@ -44,6 +44,7 @@ class Commit {
   static constexpr std::size_t isNew = static_cast<std::size_t>(-1);
 
   void plan();
+  std::vector<Item> planHidden();
   std::string storedName(const Item& item) const;
   void put(Item& item, ArchiveWriter& writer) const;
   static void putFile(Item& item, ArchiveWriter& writer);

@@ -118,6 +118,19 @@ void Tree::fill(Node& node, const StoredArchive& archive, std::size_t number) co
   }
 }
 
+bool Tree::hides(const Names& names, EntryKind kind) const {
+  const auto* node = &root_;
+  for (const auto& name : names) {
+    if (!node->isFolder())
+      return true;
+    const auto child = node->children.find(name);
+    if (child == node->children.end())
+      return false;
+    node = child->second.get();
+  }
+  return node->isFolder() != (kind == EntryKind::Folder);
+}
+
 Tree::Found Tree::find(const Names& names, AtEnd atEnd) const {
   Names rest(names.rbegin(), names.rend());
   std::vector<Node*> folders{const_cast<Node*>(&root_)};

@@ -28,10 +28,14 @@ class Tree {
   Node& root() { return root_; }
   const Node& root() const { return root_; }
 
-  /// The numbers of the entries that are hidden, in ascending order: they stay in the archive when it is written anew.
+  /// The numbers of the entries that are hidden, in ascending order: they stay in the archive when it is written anew,
+  /// as long as they are hidden.
   /// Those that later ones of the same name replace are not among them.
   const std::vector<std::size_t>& hidden() const { return hidden_; }
   void setHidden(std::vector<std::size_t> hidden) { hidden_ = std::move(hidden); }
+  /// Whether an entry would be hidden by what the tree shows now, if it were read last.
+  /// @param names  at least one
+  bool hides(const Names& names, EntryKind kind) const;
 
   enum class Obstacle {
     None,
