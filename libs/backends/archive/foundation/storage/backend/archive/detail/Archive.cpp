@@ -606,8 +606,19 @@ void Archive::commit() {
   if (container_)
     container_->retire();
   container_ = written;
-  stamp_ = written->stamp();
+  rememberStamp();
   item_.flushFilesystem();
+}
+
+/// Where the store does not tell the new stamp, the archive is read anew: by the old one it would seem to be another's.
+void Archive::rememberStamp() {
+  try {
+    stamp_ = container_->stamp();
+  } catch (...) {
+    if (!isChanged_)
+      forget();
+    throw;
+  }
 }
 
 void Archive::flush() {

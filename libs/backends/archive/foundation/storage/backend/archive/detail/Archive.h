@@ -128,6 +128,7 @@ class Archive : public std::enable_shared_from_this<Archive> {
 
   void commit();
   void requireUnchangedByOthers() const;
+  void rememberStamp();
 
   Node* find(const Place& place, AtEnd atEnd) const;
   Node& require(const Place& place, AtEnd atEnd) const;
