@@ -54,7 +54,7 @@ std::vector<Commit::Item> Commit::planHidden() {
 }
 
 void Commit::write(ArchiveFormat format, const std::shared_ptr<Container>& container, const Limits& limits) {
-  if (nodes_ > limits.entries)
+  if (std::max<std::uint64_t>(nodes_, items_.size()) > limits.entries)
     throw Fault(provider::ErrorCode::FileTooLarge, "the archive would have more entries and folders than the " +
                                                        std::to_string(limits.entries) +
                                                        " that the option max-entries allows");
@@ -112,14 +112,14 @@ void Commit::putFile(Item& item, ArchiveWriter& writer) {
 }
 
 bool Commit::adopt() {
-  std::vector<std::size_t> hidden;
-  bool isLeft = false;
-  for (std::size_t number = 0; number < items_.size(); ++number) {
+  std::vector<std::size_t> hidden;  // first: memory may be short, and no number may change without the others
+  for (std::size_t number = 0; number < items_.size(); ++number)
     if (items_[number].node == nullptr)
       hidden.push_back(number);
-    else
+  bool isLeft = false;
+  for (std::size_t number = 0; number < items_.size(); ++number)
+    if (items_[number].node != nullptr)
       isLeft = adopt(items_[number], number) || isLeft;
-  }
   tree_.setHidden(std::move(hidden));
   return isLeft;
 }
