@@ -167,15 +167,16 @@ void Archive::forget() const {
 }
 
 std::shared_lock<std::shared_mutex> Archive::lockToLook() const {
-  for (;;) {
-    std::shared_lock lock(mutex_);
-    if (tree_)
-      return lock;
+  std::shared_lock lock(mutex_);
+  for (bool isThere = true; !tree_ && isThere;) {
     lock.unlock();
-    const std::scoped_lock exclusive(mutex_);
-    if (!at(root_, [&] { return load(); }))
-      return {};
+    {
+      const std::scoped_lock exclusive(mutex_);
+      isThere = at(root_, [&] { return load(); });
+    }
+    lock.lock();
   }
+  return lock;
 }
 
 void Archive::noticeReplacement() const {

@@ -113,7 +113,7 @@ class Archive : public std::enable_shared_from_this<Archive> {
  private:
   /// Forgets what was read where the container is another one by now, unless changes are waiting.
   void noticeReplacement() const;
-  // Locks, once the archive is read.
+  // Locks, once the archive is read, if there is one.
   std::shared_lock<std::shared_mutex> lockToLook() const;
   std::unique_lock<std::shared_mutex> lockToChange(const provider::StorageIRI& location);
 
