@@ -1,0 +1,144 @@
+// What becomes of the entries of an archive when they are changed, and the archive is written.
+
+#include "laws/ArchiveLaws.h"
+#include "support/TarBuilder.h"
+#include "support/ZipBuilder.h"
+
+#include <foundation/storage/testing/FaultyProvider.h>
+
+#include <gtest/gtest.h>
+
+namespace foundation::storage::backend::archive {
+namespace {
+
+using namespace provider;
+using namespace testing;
+using Contents = std::map<std::string, std::string>;
+
+ZipEntry file(const std::string& name) { return {.name = name, .content = "x"}; }
+ZipEntry folder(const std::string& name) { return {.name = name, .mode = 040755}; }
+ZipEntry link(const std::string& name, const std::string& target) {
+  return {.name = name, .content = target, .mode = 0120777};
+}
+
+void write(const StorageItem& item, const std::string& content) {
+  const auto stream = item.openStream({});
+  stream->write(content.data(), static_cast<std::int64_t>(content.size()));
+  stream->close();
+}
+
+StorageIRI locationOf(const StorageItem& item) { return item.getLocation(); }
+
+/// The files that are shown, by their paths.
+Contents contentsOf(const PlacedArchive& archive) {
+  Contents contents;
+  for (const auto& entry : laws::seenArchive(archive.root()).entries)
+    if (entry.isWhole)
+      contents[fl::i18n::to_string(entry.path)] = entry.content;
+  return contents;
+}
+
+TEST(ArchiveChangesTest, MovesNoFolderIntoItselfThroughALink) {
+  const PlacedArchive archive(ArchiveFormat::Zip, zip({file("a/b/f"), link("l", "a"), link("a/b/up", "..")}));
+  for (const char* destination : {"l/c", "l/b/c", "l/b/up/c"}) {
+    SCOPED_TRACE(destination);
+    const auto location = archive.at(destination).getLocation();
+    EXPECT_EQ(
+        laws::archiveFailureAt(location, [&] { archive.at("a").moveFolder(location, ReplacementPolicy::Overwrite); }),
+        ErrorCode::InvalidLocation);
+    EXPECT_TRUE(archive.at("a/b/f").fileExists());
+  }
+  archive.at("a/b").moveFolder(locationOf(archive.at("l/c")), ReplacementPolicy::Overwrite);
+  EXPECT_TRUE(archive.at("a/c/f").fileExists());
+}
+
+TEST(ArchiveChangesTest, CopiesOntoACopy) {
+  const PlacedArchive archive(ArchiveFormat::Zip, zip({file("a"), link("l", "a")}));
+  archive.at("a").copyFile(archive.at("b"), ReplacementPolicy::Preserve);
+  archive.at("a").copyFile(archive.at("b"), ReplacementPolicy::Overwrite);
+  archive.root().flushFilesystem();
+  EXPECT_EQ(contentsOf(archive.placedAnew()).at("b"), "x");
+  for (const char* same : {"a", "l"})
+    EXPECT_EQ(laws::archiveFailureAt(locationOf(archive.at(same)),
+                                     [&] { archive.at("a").copyFile(archive.at(same), ReplacementPolicy::Overwrite); }),
+              ErrorCode::InvalidLocation)
+        << same;
+}
+
+TEST(ArchiveChangesTest, NothingHiddenTakesThePlaceOfWhatIsNew) {
+  struct Case {
+    const char* name;
+    std::vector<ZipEntry> entries;
+    void (*change)(const PlacedArchive&);
+  };
+  const Case cases[] = {
+      {"a folder anew",
+       {folder("x/"), file("x")},
+       [](const PlacedArchive& archive) {
+         archive.at("x").removeFolder();
+         archive.at("x").createFolder();
+         write(archive.at("x/new"), "mine");
+       }},
+      {"a file moved there",
+       {{.name = "q", .content = "mine"}, folder("x/"), file("x")},
+       [](const PlacedArchive& archive) {
+         archive.at("x").removeFolder();
+         archive.at("q").moveFile(locationOf(archive.at("x")), ReplacementPolicy::Preserve);
+       }},
+      {"a folder instead of a file",
+       {file("x"), file("x/y")},
+       [](const PlacedArchive& archive) {
+         archive.at("x").removeFile();
+         archive.at("x").createFolder();
+         write(archive.at("x/z"), "mine");
+       }},
+      {"nothing",
+       {file("x"), file("x/y"), file("../x")},
+       [](const PlacedArchive& archive) { archive.at("x").removeFile(); }},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    const PlacedArchive archive(ArchiveFormat::Zip, zip(each.entries));
+    each.change(archive);
+    const auto shown = contentsOf(archive);
+    archive.root().flushFilesystem();
+    EXPECT_EQ(contentsOf(archive), shown);
+    EXPECT_EQ(contentsOf(archive.placedAnew()), shown);
+  }
+}
+
+TEST(ArchiveChangesTest, CountsWhatIsHiddenAmongTheEntriesThatAreWritten) {
+  const PlacedArchive archives[] = {{ArchiveFormat::Zip, zip({file("a"), file("../b")}), {{"max-entries", 2}}},
+                                    {ArchiveFormat::Tar, tar({{.name = "a"}, {.name = "../b"}}), {{"max-entries", 2}}}};
+  for (const auto& archive : archives) {
+    write(archive.at("c"), "x");
+    EXPECT_EQ(laws::archiveFailureAt(locationOf(archive.root()), [&] { archive.root().flushFilesystem(); }),
+              ErrorCode::FileTooLarge);
+    EXPECT_TRUE(archive.placedAnew().at("a").fileExists());
+  }
+}
+
+TEST(ArchiveChangesTest, GoesOnWhenTheStoreFailsAfterTheArchiveWasWritten) {
+  const auto faults = std::make_shared<Faults>();
+  const StorageIRI root(u"memory:///");
+  const StorageItem store(
+      std::make_shared<FaultyProvider>(backend::memory::MemoryProviderFactory().buildProvider(root), faults), root);
+  const StorageItem container(store, u"a.zip");
+  write(container, zip({file("a")}));
+  const ArchiveProviderFactory zips(ArchiveFormat::Zip);
+  const StorageItem archive(zips.buildProvider(container), StorageIRI(u"zip", container.getLocation(), u"/"));
+  for (std::size_t call = 1; call < 20; ++call) {
+    SCOPED_TRACE(call);
+    write(StorageItem(archive, u"b"), std::to_string(call));
+    faults->clear();
+    faults->failAny(call, ErrorCode::IOError);
+    laws::archiveFailureAt(archive.getLocation(), [&] { archive.flushFilesystem(); });
+    faults->clear();
+    write(StorageItem(archive, u"c"), std::to_string(call));
+    EXPECT_EQ(laws::archiveFailureAt(archive.getLocation(), [&] { archive.flushFilesystem(); }), std::nullopt);
+    EXPECT_EQ(wholeContent(StorageItem(archive, u"b")), std::to_string(call));
+  }
+}
+
+}  // namespace
+}  // namespace foundation::storage::backend::archive
