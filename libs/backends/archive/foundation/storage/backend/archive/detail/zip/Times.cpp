@@ -118,8 +118,9 @@ std::string timeFields(const ptime& time) {
     fields += extraField(extraUnixTimes, data);
   }
   const auto fraction = (time - unixEpoch).total_microseconds() - whole * 1'000'000;
-  const bool isExact = fitsUnixTime(whole) && fraction == 0;
-  if (isExact || whole < -ntfsEpochInSeconds)
+  // Before 1970 there are programs (7-Zip) that take the seconds for unsigned.
+  const bool isTold = fitsUnixTime(whole) && whole >= 0 && fraction == 0;
+  if (isTold || whole < -ntfsEpochInSeconds)
     return fields;
   const auto ticks =
       (static_cast<std::uint64_t>(whole + ntfsEpochInSeconds) * 1'000'000 + static_cast<std::uint64_t>(fraction)) *
