@@ -48,6 +48,7 @@ struct Zip64End {
   std::optional<std::uint64_t> directoryOffset = {};
   std::optional<std::uint64_t> position = {};  ///< of the record, as the locator says it
   std::string data = {};                       ///< between the record and the locator
+  std::uint32_t disk = 0;
 };
 
 /// What is said at the end of a zip, in place of the truth.
@@ -106,8 +107,8 @@ class ZipBuilder {
 
   std::string zip64End(const Zip64End& end, std::uint64_t position) const {
     const auto count = quadWord(end.entries.value_or(count_));
-    return doubleWord(0x06064B50) + quadWord(44 + end.data.size()) + word(45) + word(45) + doubleWord(0) +
-           doubleWord(0) + count + count + quadWord(end.directorySize.value_or(directory_.size())) +
+    return doubleWord(0x06064B50) + quadWord(44 + end.data.size()) + word(45) + word(45) + doubleWord(end.disk) +
+           doubleWord(end.disk) + count + count + quadWord(end.directorySize.value_or(directory_.size())) +
            quadWord(end.directoryOffset.value_or(bytes_.size())) + end.data + doubleWord(0x07064B50) + doubleWord(0) +
            quadWord(end.position.value_or(position)) + doubleWord(1);
   }

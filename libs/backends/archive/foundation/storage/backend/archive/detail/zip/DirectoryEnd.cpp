@@ -50,12 +50,18 @@ struct Told {
   bool isZip64;
 };
 
+void requireOneDisk(std::uint32_t disk, std::uint32_t directoryDisk) {
+  if (disk != 0 || directoryDisk != 0)
+    throw Fault(provider::ErrorCode::UnsupportedOperation, "the zip is one part of several");
+}
+
 Told readEnd64(Input& input, std::uint64_t position) {
   std::string bytes(end64Size, '\0');
   input.readAll(position, bytes.data(), bytes.size());
   const std::string_view record = bytes;
   if (readNumber<std::uint32_t>(record, 0) != end64Signature)
     throw damage("the end of the zip's directory (zip64) is not where it is told to be");
+  requireOneDisk(readNumber<std::uint32_t>(record, 16), readNumber<std::uint32_t>(record, 20));
   return {position, readNumber<std::uint64_t>(record, 32), readNumber<std::uint64_t>(record, 40),
           readNumber<std::uint64_t>(record, 48), true};
 }
@@ -77,12 +83,9 @@ std::optional<std::uint64_t> findEnd64(Input& input, const Tail& tail, std::size
 
 Told readTold(Input& input, const Tail& tail, std::size_t end) {
   const std::string_view record = std::string_view(tail.bytes).substr(end);
-  const auto disk = readNumber<std::uint16_t>(record, 4);
-  const auto directoryDisk = readNumber<std::uint16_t>(record, 6);
   if (const auto position = findEnd64(input, tail, end))
     return readEnd64(input, *position);
-  if (disk != 0 || directoryDisk != 0)
-    throw Fault(provider::ErrorCode::UnsupportedOperation, "the zip is one part of several");
+  requireOneDisk(readNumber<std::uint16_t>(record, 4), readNumber<std::uint16_t>(record, 6));
   return {tail.position + end, readNumber<std::uint16_t>(record, 10), readNumber<std::uint32_t>(record, 12),
           readNumber<std::uint32_t>(record, 16), false};
 }
