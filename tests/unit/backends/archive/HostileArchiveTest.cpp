@@ -279,6 +279,7 @@ TEST(HostileArchiveTest, ZipsWithLiesAboutTheirDirectoryAreRefused) {
                   {"a directory longer than any file", end64({.directorySize = huge}), refused},
                   {"a directory beyond any file", end64({.directoryOffset = ~std::uint64_t{0}}), refused},
                   {"the second of several disks", zip(two, {.disk = 1}), {"!UnsupportedOperation"}},
+                  {"the same of 64 bits", end64({.disk = 1}), {"!UnsupportedOperation"}},
               });
 }
 
@@ -405,6 +406,23 @@ TEST(HostileArchiveTest, ZipsGiveNoMoreThanTheLimits) {
           {"as many folders as may be", zip({file("a/b")}), {"a/", "a/b = x"}, {}, {{"max-entries", 2}}},
           {"folders that only names tell of", zip({file("a/b/c")}), {"!FileTooLarge"}, {}, {{"max-entries", 2}}},
       });
+}
+
+TEST(HostileArchiveTest, WhatIsPassedOverDoesNotCount) {
+  const std::string large(3 * mebibyte, 'l');
+  const std::vector<std::pair<ArchiveFormat, std::string>> archives = {
+      {ArchiveFormat::Zip, zip({{.name = "a", .content = large}, {.name = "b", .content = large}})},
+      {ArchiveFormat::Tar, tar({{.name = "a", .content = large}, {.name = "b", .content = large}})}};
+  for (const auto& [format, bytes] : archives) {
+    const PlacedArchive archive(format, bytes, {{"max-total-size", mebibyte}});
+    for (const auto* name : {"a", "b"}) {
+      const auto stream = archive.at(name).openReadOnlyStream();
+      stream->seek(-10, std::ios_base::end);
+      std::string end(10, ' ');
+      EXPECT_EQ(stream->read(end.data(), 10), 10);
+    }
+    EXPECT_THROW(wholeContent(archive.at("a")), ByteStreamReadFailure);
+  }
 }
 
 TEST(HostileArchiveTest, ListingDeepTreesTakesLittleMemory) {

@@ -59,7 +59,8 @@ std::size_t PlainContent::read(char* buffer, std::size_t count) {
   if (got == 0)
     throw damage("the archive ends too early");
   position_ += got;
-  archive_->budget().note(number_, position_);
+  given_ = std::min(given_ + got, size_);
+  archive_->budget().note(number_, given_);
   return got;
 }
 

@@ -39,6 +39,7 @@ class PlainContent final : public ContentReader {
   const std::uint64_t size_;
   std::unique_ptr<Cursor> cursor_;  ///< none after a failure
   std::uint64_t position_ = 0;      ///< in the content
+  std::uint64_t given_ = 0;         ///< what was passed over is not
 };
 
 }  // namespace foundation::storage::backend::archive::detail::library

@@ -32,7 +32,8 @@ std::size_t PlainReader::read(char* buffer, std::size_t count) {
   if (checked_ == position_)
     addToChecksum(buffer, got);
   position_ += got;
-  budget_.note(content_.number, position_);
+  given_ = std::min(given_ + got, content_.size);
+  budget_.note(content_.number, given_);
   return got;
 }
 

@@ -29,6 +29,7 @@ class PlainReader final : public ContentReader {
   Input input_;
   const Content content_;
   std::uint64_t position_ = 0;
+  std::uint64_t given_ = 0;  ///< what was passed over is not
   std::uint32_t crc_ = 0;
   std::uint64_t checked_ = 0;  ///< how much of the content the checksum is of
 };
