@@ -19,6 +19,11 @@ void Deflater::addStored(std::string_view bytes, std::string& out) {
   setLevel(Z_DEFAULT_COMPRESSION, out);
 }
 
+void Deflater::finish(std::string& out) {
+  run({}, Z_FINISH, out);
+  deflateReset(&stream_);
+}
+
 /// Compresses first what was added before.
 void Deflater::setLevel(int level, std::string& out) {
   constexpr std::size_t step = 64 * 1024;

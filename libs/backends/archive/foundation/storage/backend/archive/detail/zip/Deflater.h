@@ -8,7 +8,7 @@
 
 namespace foundation::storage::backend::archive::detail::zip {
 
-/// Compresses one content (RFC 1951), a part at a time.
+/// Compresses contents (RFC 1951), one after the other, each a part at a time.
 class Deflater {
  public:
   Deflater();
@@ -20,7 +20,8 @@ class Deflater {
   void add(std::string_view bytes, std::string& out) { run(bytes, Z_NO_FLUSH, out); }
   /// The same, but without making it any smaller.
   void addStored(std::string_view bytes, std::string& out);
-  void finish(std::string& out) { run({}, Z_FINISH, out); }
+  /// Ends the content; what is added then begins another one.
+  void finish(std::string& out);
 
  private:
   /// @param bytes  fewer than 2^32

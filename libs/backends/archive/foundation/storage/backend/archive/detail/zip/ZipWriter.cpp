@@ -2,7 +2,6 @@
 
 #include <foundation/storage/backend/archive/detail/EntryName.h>
 #include <foundation/storage/backend/archive/detail/Fault.h>
-#include <foundation/storage/backend/archive/detail/zip/Deflater.h>
 #include <foundation/storage/backend/archive/detail/zip/ExtraFields.h>
 #include <foundation/storage/backend/archive/detail/zip/Records.h>
 #include <foundation/storage/backend/archive/detail/zip/Times.h>
@@ -23,6 +22,8 @@ constexpr std::uint64_t smallSize = 1024 * 1024;
 /// From this size on compressed content might need 64 bits, even if it does not get smaller.
 constexpr std::uint64_t largeSize = 0xF0000000;
 constexpr std::size_t longestName = 0xFFFF;
+/// Never changed: to clear it anew for each entry would cost more than most entries do.
+constexpr std::size_t bufferSize = smallSize + 1;
 
 std::uint32_t addedTo(std::uint32_t crc, std::string_view bytes) {
   return static_cast<std::uint32_t>(
@@ -42,9 +43,10 @@ std::uint16_t size16(std::string_view bytes) {
   return static_cast<std::uint16_t>(bytes.size());
 }
 
-/// Reads until the buffer is full or the content ends.
-std::size_t fill(ContentReader& content, std::string& buffer, std::size_t size) {
-  buffer.resize(size);
+/// Reads until so much is there or the content ends.
+/// @param size  at most the buffer's
+/// @return what was read, in the buffer
+std::string_view fill(ContentReader& content, std::string& buffer, std::size_t size) {
   std::size_t got = 0;
   while (got < size) {
     const auto count = content.read(buffer.data() + got, size - got);
@@ -52,8 +54,7 @@ std::size_t fill(ContentReader& content, std::string& buffer, std::size_t size) 
       break;
     got += count;
   }
-  buffer.resize(got);
-  return got;
+  return {buffer.data(), got};
 }
 
 void requireRewound(ContentReader& content) {
@@ -65,7 +66,11 @@ void requireRewound(ContentReader& content) {
 
 ZipWriter::ZipWriter(std::shared_ptr<Container> container, const Limits& limits, std::shared_ptr<const ZipArchive> old,
                      Output& output)
-    : container_(std::move(container)), limits_(limits), old_(std::move(old)), output_(output) {
+    : container_(std::move(container)),
+      limits_(limits),
+      old_(std::move(old)),
+      output_(output),
+      buffer_(bufferSize, '\0') {
   if (old_) {
     input_.emplace(old_->container().open());
     copyPrefix();
@@ -77,11 +82,11 @@ void ZipWriter::copyPrefix() { copyContent({{}, 0, old_->prefixSize()}); }
 void ZipWriter::copyContent(const Extent& extent) {
   auto position = extent.position;
   for (auto left = extent.size; left > 0;) {
-    buffer_.resize(std::min<std::uint64_t>(left, step));
-    input_->readAll(position, buffer_.data(), buffer_.size());
-    output_.write(buffer_);
-    position += buffer_.size();
-    left -= buffer_.size();
+    const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, step));
+    input_->readAll(position, buffer_.data(), count);
+    output_.write({buffer_.data(), count});
+    position += count;
+    left -= count;
   }
 }
 
@@ -185,21 +190,18 @@ void ZipWriter::add(const Entry& entry, ContentReader* content) {
 }
 
 void ZipWriter::addSmall(Fields& fields, ContentReader& content) {
-  fill(content, buffer_, smallSize + 1);
-  if (buffer_.size() > smallSize) {  // it has grown since its size was asked
+  const auto bytes = fill(content, buffer_, bufferSize);
+  if (bytes.size() > smallSize) {  // it has grown since its size was asked
     requireRewound(content);
-    fields.size = buffer_.size();
+    fields.size = bytes.size();
     return addLarge(fields, content);
   }
-  std::string deflated;
-  Deflater deflater;
-  deflater.add(buffer_, deflated);
-  deflater.finish(deflated);
-  const bool isDeflated = isWorthIt(deflated.size(), buffer_.size());
-  const auto& stored = isDeflated ? deflated : buffer_;
+  const auto smaller = deflated(bytes);
+  const bool isDeflated = isWorthIt(smaller.size(), bytes.size());
+  const auto stored = isDeflated ? std::string_view(smaller) : bytes;
   fields.method = isDeflated ? methodDeflated : methodStored;
-  fields.crc = addedTo(0, buffer_);
-  fields.size = buffer_.size();
+  fields.crc = addedTo(0, bytes);
+  fields.size = bytes.size();
   fields.compressedSize = stored.size();
   writeHeader(fields);
   output_.write(stored);
@@ -213,15 +215,18 @@ void ZipWriter::addLarge(Fields& fields, ContentReader& content) {
     addStored(fields, content);
 }
 
+std::string ZipWriter::deflated(std::string_view bytes) {
+  std::string out;
+  deflater_.add(bytes, out);
+  deflater_.finish(out);
+  return out;
+}
+
 /// By its beginning.
 bool ZipWriter::isWorthDeflating(ContentReader& content) {
-  fill(content, buffer_, step);
+  const auto beginning = fill(content, buffer_, step);
   requireRewound(content);
-  std::string deflated;
-  Deflater deflater;
-  deflater.add(buffer_, deflated);
-  deflater.finish(deflated);
-  return isWorthIt(deflated.size(), buffer_.size());
+  return isWorthIt(deflated(beginning).size(), beginning.size());
 }
 
 /// Whether so much has come of so little that, if that went on, whoever reads the entry might refuse it.
@@ -237,23 +242,22 @@ void ZipWriter::addDeflated(Fields& fields, ContentReader& content) {
   fields.hasLargeDescriptor = fields.size >= largeSize;
   fields.size = 0;
   writeHeader(fields);
-  Deflater deflater;
-  std::string deflated;
+  std::string out;
   const auto writeOut = [&] {
-    fields.compressedSize += deflated.size();
-    output_.write(deflated);
-    deflated.clear();
+    fields.compressedSize += out.size();
+    output_.write(out);
+    out.clear();
   };
-  while (fill(content, buffer_, step) > 0) {
-    fields.crc = addedTo(fields.crc, buffer_);
-    fields.size += buffer_.size();
+  for (auto bytes = fill(content, buffer_, step); !bytes.empty(); bytes = fill(content, buffer_, step)) {
+    fields.crc = addedTo(fields.crc, bytes);
+    fields.size += bytes.size();
     if (wouldLookLikeBomb(fields))
-      deflater.addStored(buffer_, deflated);
+      deflater_.addStored(bytes, out);
     else
-      deflater.add(buffer_, deflated);
+      deflater_.add(bytes, out);
     writeOut();
   }
-  deflater.finish(deflated);
+  deflater_.finish(out);
   writeOut();
   writeDescriptor(fields);
   addRecord(fields);
@@ -263,20 +267,24 @@ void ZipWriter::addDeflated(Fields& fields, ContentReader& content) {
 void ZipWriter::addStored(Fields& fields, ContentReader& content) {
   fields.method = methodStored;
   fields.size = 0;
-  while (fill(content, buffer_, step) > 0) {
-    fields.crc = addedTo(fields.crc, buffer_);
-    fields.size += buffer_.size();
+  for (auto bytes = fill(content, buffer_, step); !bytes.empty(); bytes = fill(content, buffer_, step)) {
+    fields.crc = addedTo(fields.crc, bytes);
+    fields.size += bytes.size();
   }
   fields.compressedSize = fields.size;
   requireRewound(content);
   writeHeader(fields);
   std::uint32_t crc = 0;
-  for (auto left = fields.size; left > 0 && fill(content, buffer_, std::min<std::uint64_t>(left, step)) > 0;) {
-    crc = addedTo(crc, buffer_);
-    output_.write(buffer_);
-    left -= buffer_.size();
+  auto left = fields.size;
+  while (left > 0) {
+    const auto bytes = fill(content, buffer_, std::min<std::uint64_t>(left, step));
+    if (bytes.empty())
+      break;
+    crc = addedTo(crc, bytes);
+    output_.write(bytes);
+    left -= bytes.size();
   }
-  if (crc != fields.crc)
+  if (left > 0 || crc != fields.crc)
     throw Fault(provider::ErrorCode::ResourceInUse, "a file was written to while the archive was");
   addRecord(fields);
 }

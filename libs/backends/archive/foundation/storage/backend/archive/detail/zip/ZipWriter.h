@@ -4,11 +4,13 @@
 #include <foundation/storage/backend/archive/detail/Container.h>
 #include <foundation/storage/backend/archive/detail/Limits.h>
 #include <foundation/storage/backend/archive/detail/Output.h>
+#include <foundation/storage/backend/archive/detail/zip/Deflater.h>
 #include <foundation/storage/backend/archive/detail/zip/ZipArchive.h>
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace foundation::storage::backend::archive::detail::zip {
 
@@ -55,6 +57,7 @@ class ZipWriter final : public ArchiveWriter {
   void copyContent(const Extent& extent);
   void addSmall(Fields& fields, ContentReader& content);
   void addLarge(Fields& fields, ContentReader& content);
+  std::string deflated(std::string_view bytes);
   bool isWorthDeflating(ContentReader& content);
   bool wouldLookLikeBomb(const Fields& fields) const;
   void addDeflated(Fields& fields, ContentReader& content);
@@ -71,6 +74,7 @@ class ZipWriter final : public ArchiveWriter {
   Output& output_;
   std::optional<Input> input_;  ///< of the old archive
   std::string buffer_;
+  Deflater deflater_;  ///< one for all: it takes longer to make than most entries to write
   std::string directory_;
   std::uint64_t count_ = 0;
 };
