@@ -116,15 +116,6 @@ std::string repeated(const std::string& text, std::size_t times) {
   return all;
 }
 
-/// "d/", "d/d/" and so on.
-Lines folders(std::size_t depth, const std::string& file) {
-  Lines lines;
-  for (std::size_t at = 1; at <= depth; ++at)
-    lines.push_back(repeated("d/", at));
-  lines.push_back(repeated("d/", depth) + file);
-  return lines;
-}
-
 const ZipEntry fine{.name = "ok", .content = "fine"};
 const std::string fineLine = "ok = fine";
 
@@ -173,7 +164,6 @@ TEST(HostileArchiveTest, NamesInZipsLeadNowhereElse) {
           {"a real name beside", zip({renamed("real", "plain")}), {"real = x"}, {"plain"}},
           {"a real name that leads elsewhere", zip({renamed("../x", "plain"), fine}), {fineLine}, {"x", "plain"}},
           {"the real name of another one", zip({renamed("../x", "other")}), {"plain = x"}, {"x"}},
-          {"4,096 names deep", zip({file(repeated("d/", 4'095) + "f")}), folders(4'095, "f = x")},
           {"5,000 names deep", zip({file(repeated("d/", 4'999) + "f"), fine}), {fineLine}, {"d"}},
           {"two of a name", zip({file("a"), {.name = "a", .content = "last"}}), {"a = last"}},
           {"two of a name, spelt differently",
@@ -426,13 +416,13 @@ TEST(HostileArchiveTest, WhatIsPassedOverDoesNotCount) {
 }
 
 TEST(HostileArchiveTest, ListingDeepTreesTakesLittleMemory) {
-  constexpr std::size_t depth = 4'000;
+  constexpr std::size_t depth = 4'094;  // folders in the outermost one: with the file as many names as may be
   constexpr std::size_t count = 30;
   Entries deep;
   for (std::size_t at = 0; at < count; ++at)
     deep.push_back(file(std::to_string(at) + "/" + repeated("d/", depth) + "f"));
   const PlacedArchive archive(ArchiveFormat::Zip, zip(deep));
-  EXPECT_TRUE(archive.at("0").folderExists());
+  EXPECT_EQ(wholeContent(archive.at(deep.back().name)), "x");
   const auto memory = peakMemory();
   std::size_t found = 0;
   for (const auto entries = archive.root().listAllRecursive(u""); entries->hasNext(); ++found)
@@ -703,7 +693,7 @@ TEST(HostileArchiveTest, WhatIsCutOffIsRightOrRefused) {
     const auto whole = laws::seenArchive(PlacedArchive(sample.format, sample.bytes).root());
     ASSERT_FALSE(whole.refusal) << sample.name;
     ASSERT_FALSE(whole.entries.empty()) << sample.name;
-    const std::size_t step = sample.bytes.size() > 1'000 ? 19 : 1;
+    const std::size_t step = sample.bytes.size() > 1'000 ? 31 : 1;
     for (std::size_t size = 0; size < sample.bytes.size(); size += step) {
       SCOPED_TRACE(sample.name + (" of " + std::to_string(size)));
       const auto part = laws::seenArchive(PlacedArchive(sample.format, sample.bytes.substr(0, size)).root());
@@ -714,7 +704,7 @@ TEST(HostileArchiveTest, WhatIsCutOffIsRightOrRefused) {
 
 TEST(HostileArchiveTest, ABrokenByteBreaksNoLaw) {
   for (const auto& sample : samples()) {
-    const std::size_t step = sample.bytes.size() > 1'000 ? 19 : 1;
+    const std::size_t step = sample.bytes.size() > 1'000 ? 31 : 1;
     for (std::size_t at = 0; at < sample.bytes.size(); at += step)
       for (const auto value : {'\0', '\x7F', '\xFF'}) {
         auto bytes = sample.bytes;
