@@ -571,6 +571,9 @@ TEST(HostileArchiveTest, TarsGiveNoMoreThanTheLimits) {
   expectShown(ArchiveFormat::Tar,
               {
                   {"a hole of 1 TiB", tar({hole, tarFile("plain"), tarFine}), {"a !FileTooLarge", fineLine}},
+                  {"a size without a map",
+                   tar({pax({{"GNU.sparse.size", "1500"}}), {.name = "a", .content = "secret"}, tarFine}),
+                   {"a = 1500 bytes", fineLine}},
                   {"a bomb", bomb, {"!FileTooLarge"}},
                   {"half of it", packed.substr(0, packed.size() / 2), {"!IOError"}},
                   {"one entry too many",

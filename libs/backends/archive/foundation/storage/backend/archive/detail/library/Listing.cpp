@@ -3,7 +3,11 @@
 #include <foundation/storage/backend/archive/detail/Fault.h>
 #include <foundation/storage/backend/archive/detail/library/Headers.h>
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace foundation::storage::backend::archive::detail::library {
@@ -70,8 +74,28 @@ class Lister {
     const auto space = size + (block - size % block) % block;
     const auto header = listing_.places.back().header;
     const auto end = reader_.headerPosition();
-    if (space <= end - header - block)
+    if (space <= end - header - block && isTold(size, end - space - block))
       listing_.places.back().content = end - space;
+  }
+
+  /// Whether the last header of an entry, which says how much there is, says that. Those before it can say that the
+  /// entry is larger, without telling of its holes.
+  /// @param header  a position in the container
+  bool isTold(std::uint64_t size, std::uint64_t header) {
+    constexpr std::uint64_t leastWithoutRoom = std::uint64_t{1} << 33;  // in eleven octal digits
+    if (size >= leastWithoutRoom)
+      return true;
+    constexpr std::uint64_t sizeField = 124;
+    std::array<char, 12> digits{};
+    for (std::size_t got = 0; got < digits.size();) {
+      const auto more = reader_.source().readSome(header + sizeField + got, digits.data() + got, digits.size() - got);
+      if (more == 0)
+        return false;
+      got += more;
+    }
+    const auto* const begin = std::find_if(digits.begin(), digits.end(), [](char digit) { return digit != ' '; });
+    std::uint64_t told = 0;
+    return std::from_chars(begin, digits.end(), told, 8).ec == std::errc() && told == size;
   }
 
   const Limits limits_;

@@ -75,11 +75,23 @@ std::size_t Source::read(::archive* reader, const void** block) {
     Budget::requireRatio(limits_, static_cast<std::uint64_t>(std::max<la_int64_t>(0, archive_filter_bytes(reader, 0))),
                          size());
   block_.resize(blockSize_);
+  blockFill_ = 0;
   const auto got = input_.readSome(position_, block_.data(), block_.size());
+  blockPosition_ = position_;
+  blockFill_ = got;
   blockSize_ = std::min(2 * blockSize_, largestBlock);
   position_ += got;
   consumed_ += got;
   *block = block_.data();
+  return got;
+}
+
+std::size_t Source::readSome(std::uint64_t position, char* buffer, std::size_t count) {
+  if (position < blockPosition_ || position >= blockPosition_ + blockFill_)
+    return input_.readSome(position, buffer, count);
+  const auto offset = static_cast<std::size_t>(position - blockPosition_);
+  const auto got = std::min(count, blockFill_ - offset);
+  std::copy_n(block_.data() + offset, got, buffer);
   return got;
 }
 

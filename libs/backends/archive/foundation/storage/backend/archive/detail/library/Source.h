@@ -45,9 +45,7 @@ class Source {
   std::uint64_t size() { return input_.size(); }
 
   /// Reads once, wherever in the container; libarchive does not notice.
-  std::size_t readSome(std::uint64_t position, char* buffer, std::size_t count) {
-    return input_.readSome(position, buffer, count);
-  }
+  std::size_t readSome(std::uint64_t position, char* buffer, std::size_t count);
 
  private:
   static constexpr std::size_t firstBlock = std::size_t{16} * 1024;
@@ -72,6 +70,8 @@ class Source {
   std::size_t blockSize_ = firstBlock;
   std::vector<char> block_;
   std::optional<Gunzip> gunzip_;
+  std::uint64_t blockPosition_ = 0;  ///< in the container
+  std::size_t blockFill_ = 0;        ///< how much of it was read
   std::exception_ptr failure_;
 };
 
