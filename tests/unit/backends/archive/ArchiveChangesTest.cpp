@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 namespace foundation::storage::backend::archive {
 namespace {
 
@@ -137,6 +139,53 @@ TEST(ArchiveChangesTest, GoesOnWhenTheStoreFailsAfterTheArchiveWasWritten) {
     write(StorageItem(archive, u"c"), std::to_string(call));
     EXPECT_EQ(laws::archiveFailureAt(archive.getLocation(), [&] { archive.flushFilesystem(); }), std::nullopt);
     EXPECT_EQ(wholeContent(StorageItem(archive, u"b")), std::to_string(call));
+  }
+}
+
+/// As many descriptors as a process may have, for as long as this lives.
+class FewDescriptors {
+ public:
+  explicit FewDescriptors(rlim_t most) {
+    getrlimit(RLIMIT_NOFILE, &before_);
+    const rlimit few{most, before_.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+  }
+  ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+
+ private:
+  rlimit before_{};
+};
+
+TEST(ArchiveChangesTest, KeepsMoreLargeFilesThanThereAreDescriptors) {
+  const FewDescriptors few(64);
+  const PlacedArchive archive(ArchiveFormat::Zip, "");
+  const std::string large(1 << 20, 'x');
+  for (int at = 0; at < 80; ++at)
+    write(archive.at(std::to_string(at)), large + std::to_string(at));
+  archive.root().flushFilesystem();
+  for (int at = 0; at < 80; ++at)
+    ASSERT_TRUE(wholeContent(archive.at(std::to_string(at))) == large + std::to_string(at)) << at;
+}
+
+TEST(ArchiveChangesTest, GapsInLargeFilesAreZerosWhateverWasThereBefore) {
+  const PlacedArchive archive(ArchiveFormat::Zip, "");
+  const std::string large(3 << 20, 'x');
+  for (const char* name : {"removed", "cut", "grown"})
+    write(archive.at(name), large);
+  archive.at("removed").removeFile();
+  for (const std::uint64_t size : {std::uint64_t{300'001}, std::uint64_t{4 << 20}})
+    archive.at("cut").truncateToSize(size);
+  archive.at("grown").truncateToSize(5 << 20);
+  const auto stream = archive.at("new").openStream({.append = ByteStreamAppend::Overwrite});
+  stream->seek(2'000'000, std::ios_base::beg);
+  stream->write("end", 3);
+  stream->close();
+  const auto zeros = [](std::size_t count) { return std::string(count, '\0'); };
+  for (const bool isWritten : {false, true}) {
+    EXPECT_TRUE(wholeContent(archive.at("cut")) == large.substr(0, 300'001) + zeros((4 << 20) - 300'001)) << isWritten;
+    EXPECT_TRUE(wholeContent(archive.at("grown")) == large + zeros(2 << 20)) << isWritten;
+    EXPECT_TRUE(wholeContent(archive.at("new")) == zeros(2'000'000) + "end") << isWritten;
+    archive.root().flushFilesystem();
   }
 }
 

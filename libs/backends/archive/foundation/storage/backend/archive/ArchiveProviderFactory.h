@@ -37,7 +37,8 @@ namespace foundation::storage::backend::archive {
 /// holds it, and replaces the old one in the way of that store: who reads sees the old archive or the new one,
 /// and a failure leaves the old one with the changes still waiting. In a nested archive flushing goes on outwards
 /// until the outermost archive is written. Entries that were not changed are taken over as they are, without being
-/// compressed anew where they are in a zip. New content waits in memory, from 1 MiB on in an unnamed temporary file.
+/// compressed anew where they are in a zip. New content waits in memory; of files from 1 MiB on, and once there are
+/// 128 MiB of it in the process, in an unnamed temporary file.
 /// An archive that somebody else has changed meanwhile is not replaced: the flush fails with `ResourceInUse`.
 ///
 /// A file of no bytes is an empty archive. `createFolder` (and its recursive form) on the root makes an archive

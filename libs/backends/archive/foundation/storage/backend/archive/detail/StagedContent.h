@@ -1,6 +1,6 @@
 #pragma once
 
-#include <foundation/storage/backend/archive/detail/posix/SpillFile.h>
+#include <foundation/storage/backend/archive/detail/SpilledContent.h>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
@@ -17,10 +17,16 @@ namespace foundation::storage::backend::archive::detail {
 /// The present time, UTC.
 boost::posix_time::ptime now();
 
-/// New content of a file, which waits to be written into the archive: a little in memory, more in a temporary file.
+/// New content of a file, which waits to be written into the archive: a little in memory, more in a temporary file;
+/// there, too, once all of them together have taken much memory.
 /// Any number of threads may use it. Operations throw `Fault` where the disk is full, or fails.
 class StagedContent {
  public:
+  StagedContent() = default;
+  StagedContent(const StagedContent&) = delete;
+  StagedContent& operator=(const StagedContent&) = delete;
+  ~StagedContent();
+
   /// In bytes: what a position can express.
   static constexpr std::uint64_t maximumSize = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
 
@@ -59,15 +65,19 @@ class StagedContent {
 
  private:
   static constexpr std::uint64_t mostInMemory = 1024 * 1024;
+  static constexpr std::uint64_t mostInMemoryOfAll = 128 * mostInMemory;
 
-  // Both without the lock.
+  // All of these without the lock.
   void reserve(std::uint64_t size);
+  void spill();
+  void writeToFile(std::uint64_t position, const char* bytes, std::size_t count);
+  void resizeMemory(std::size_t size);
   void noteChange();
 
   /// Guards what follows; taken after the archive's lock.
   mutable std::shared_mutex mutex_;
   std::string memory_;  ///< all of it, as long as there is no file
-  std::optional<posix::SpillFile> file_;
+  std::optional<SpilledContent> file_;
   std::uint64_t size_ = 0;
   boost::posix_time::ptime lastModified_ = now();
   std::uint64_t revision_ = 0;

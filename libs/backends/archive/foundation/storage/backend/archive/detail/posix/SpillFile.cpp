@@ -81,8 +81,12 @@ void SpillFile::write(std::uint64_t position, const char* bytes, std::size_t cou
         repeated([&] { return pwrite(descriptor_, bytes + done, count - done, static_cast<off_t>(position + done)); }));
 }
 
-void SpillFile::resize(std::uint64_t size) {
-  repeated([&] { return ftruncate(descriptor_, static_cast<off_t>(size)); });
+bool SpillFile::discard(std::uint64_t position, std::uint64_t count) noexcept {
+  constexpr int how = FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE;
+  while (fallocate(descriptor_, how, static_cast<off_t>(position), static_cast<off_t>(count)) != 0)
+    if (errno != EINTR)
+      return false;
+  return true;
 }
 
 }  // namespace foundation::storage::backend::archive::detail::posix

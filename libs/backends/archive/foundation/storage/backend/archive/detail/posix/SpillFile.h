@@ -18,7 +18,9 @@ class SpillFile {
   std::size_t read(std::uint64_t position, char* buffer, std::size_t count) const;
   /// Writes all.
   void write(std::uint64_t position, const char* bytes, std::size_t count);
-  void resize(std::uint64_t size);
+  /// Makes zeros of what is there, and gives its space back to the disk.
+  /// @return false where the file system cannot do that (fallocate(2)): nothing has happened then
+  bool discard(std::uint64_t position, std::uint64_t count) noexcept;
 
  private:
   int descriptor_;
