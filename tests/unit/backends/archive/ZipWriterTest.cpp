@@ -328,6 +328,26 @@ TEST_F(ZipWriterTest, LeavesTheOldArchiveWhereWritingFails) {
   EXPECT_GT(failed, 10u);
 }
 
+TEST_F(ZipWriterTest, NamesTheEntryThatCannotBeTakenOver) {
+  folder.put("a.zip", testing::zip({{.name = "good", .content = "good"},
+                                    {.name = "sub/bad", .content = "bad", .localSignature = 0}}));
+  const auto old = folder.content("a.zip");
+  const auto root = open("a.zip");
+  put(at(root, "new"), "new");
+  try {
+    root.flushFilesystem();
+    ADD_FAILURE() << "damage was taken over";
+  } catch (const Exception& failure) {
+    EXPECT_EQ(failure.getErrorCode(), ErrorCode::IOError);
+    const auto info = failure.getAllExceptionContexts().at(0).getExceptionContextInfo();
+    EXPECT_TRUE(info && info->getProviderMessage().starts_with(u"\"sub/bad\": "));
+  }
+  EXPECT_EQ(folder.content("a.zip"), old);
+  at(root, "sub/bad").removeFile();
+  root.flushFilesystem();
+  EXPECT_EQ(names("a.zip"), "good\nnew\nsub/\n");
+}
+
 TEST_F(ZipWriterTest, DoesNotReplaceWhatOthersHaveWritten) {
   folder.run("echo one > one; zip -q a.zip one; zip -q other.zip one; echo two > two; zip -q other.zip two");
   const auto root = open("a.zip");

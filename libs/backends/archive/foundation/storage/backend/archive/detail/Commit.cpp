@@ -66,7 +66,7 @@ void Commit::write(ArchiveFormat format, const std::shared_ptr<Container>& conta
   Output output(*stream);
   const auto writer = beginArchive(format, container, limits, stored_, output);
   for (auto& item : items_)
-    put(item, *writer);
+    putNamed(item, *writer);
   written_ = writer->finish();
   output.flush();
   stream->close(provider::StreamClosePolicy::Commit);
@@ -79,6 +79,16 @@ std::string Commit::storedName(const Item& item) const {
   if (item.node == nullptr || (names && formatEntryName(*names) == item.path))
     return old;
   return item.node->isFolder() ? item.path + '/' : item.path;
+}
+
+/// Whoever flushes has asked for no entry: the reason has to say which one it is.
+void Commit::putNamed(Item& item, ArchiveWriter& writer) const {
+  try {
+    put(item, writer);
+  } catch (const Fault& fault) {
+    const auto name = item.node != nullptr ? '"' + item.path + '"' : "a hidden entry";
+    throw Fault(fault.code(), name + ": " + fault.what());
+  }
 }
 
 void Commit::put(Item& item, ArchiveWriter& writer) const {

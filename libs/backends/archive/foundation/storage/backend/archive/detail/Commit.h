@@ -46,6 +46,7 @@ class Commit {
   void plan();
   std::vector<Item> planHidden();
   std::string storedName(const Item& item) const;
+  void putNamed(Item& item, ArchiveWriter& writer) const;
   void put(Item& item, ArchiveWriter& writer) const;
   static void putFile(Item& item, ArchiveWriter& writer);
   bool adopt(const Item& item, std::size_t number) const;
