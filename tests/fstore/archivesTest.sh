@@ -336,6 +336,16 @@ for suffix in tar tar.gz tgz tar.bz2 tar.xz tar.zst; do
   ok rm "tar:new.$suffix!/docs/one"
   prints text cat "tar:new.$suffix!/a b%"
 done
+# What can only be read from its beginning is listed, and so copied, in its own order.
+mkdir -p order/a
+for name in c a/2 b a/1 0; do echo "$name" >"order/$name"; done
+tar -C order -czf order.tar.gz c a/2 b a/1 0
+prints $'c\na\nb\n0' ls -U tar:order.tar.gz!/
+prints $'2\n1' ls -U tar:order.tar.gz!/a
+ok cp tar:order.tar.gz!/ ordered
+same_tree order ordered
+ok put tar:order.tar.gz!/a/0 <<<new
+prints $'2\n1\n0' ls -U tar:order.tar.gz!/a
 for row in "gz gzip" "bz2 bzip2" "xz xz"; do
   has "${row#* }" && succeeds "${row#* }" -t "new.tar.${row% *}"
 done

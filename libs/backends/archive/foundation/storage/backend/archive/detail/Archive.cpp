@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <mutex>
+#include <numeric>
 #include <sstream>
 #include <utility>
 
@@ -313,11 +314,36 @@ FolderEntry Archive::entryOf(const Names& folder, const std::u16string& path, co
   return {name, attributesOfFile(name, *shown).withSymlinkStatusAttribute(isLink)};
 }
 
+namespace {
+
+using Items = support::EntryTree::Items;
+
+/// Entries in the order of the archive, in which they are read fastest, each behind the folder that holds it.
+/// @param arrivals  of the items; none of them came before the folder that holds it
+Items inOrder(Items items, const std::vector<std::size_t>& arrivals) {
+  std::vector<std::size_t> order(items.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t left, std::size_t right) { return arrivals[left] < arrivals[right]; });
+  std::vector<std::size_t> places(items.size());
+  Items ordered;
+  ordered.reserve(items.size());
+  for (const auto index : order) {
+    auto& [entry, folder] = items[index];
+    places[index] = ordered.size();
+    ordered.push_back({std::move(entry), folder == support::EntryTree::none ? folder : places[folder]});
+  }
+  return ordered;
+}
+
+}  // namespace
+
 support::EntryTree::Items Archive::list(const Place& place, const support::ListingScope& scope) const {
   noticeReplacement();
   const auto lock = lockToLook();
   const auto& listed = require(place, AtEnd::FollowLink, FileOrFolder::Folder);
-  support::EntryTree::Items items;
+  Items items;
+  std::vector<std::size_t> arrivals;
   std::vector<std::size_t> folders{support::EntryTree::none};  // on the way to what is visited
   support::visitBelow(listed, scope.isRecursive,
                       [&](const auto& path, const auto& name, const Node& node, std::size_t depth) {
@@ -325,10 +351,13 @@ support::EntryTree::Items Archive::list(const Place& place, const support::Listi
                         if (!scope.includes(entry.isFile() ? FileOrFolder::File : FileOrFolder::Folder))
                           return;
                         folders.resize(depth + 1);
-                        items.push_back({std::move(entry), folders.back()});
+                        const auto folder = folders.back();
+                        const auto before = folder == support::EntryTree::none ? 0 : arrivals[folder];
+                        arrivals.push_back(std::max(node.arrival, before));
+                        items.push_back({std::move(entry), folder});
                         folders.push_back(items.size() - 1);
                       });
-  return items;
+  return inOrder(std::move(items), arrivals);
 }
 
 Archive::Content Archive::contentOf(const Node& node) const {

@@ -57,7 +57,7 @@ class Archive : public std::enable_shared_from_this<Archive> {
   provider::FileAttributes fileAttributes(const Place& place) const;
   provider::FolderAttributes folderAttributes(const Place& place) const;
   provider::ProviderStorageInfo storageInfo(const Place& place) const;
-  /// The entries of a folder, in the order of their names; a folder before what it holds.
+  /// The entries of a folder, in the order of the archive, and what is new behind them; a folder before what it holds.
   support::EntryTree::Items list(const Place& place, const support::ListingScope& scope) const;
 
   /// The content of a file, one way or the other.

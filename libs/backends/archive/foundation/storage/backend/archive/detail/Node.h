@@ -32,6 +32,11 @@ struct Node {
   std::uint32_t permissions;
   boost::posix_time::ptime lastModified;  ///< where there is no staged content
 
+  /// When it came into the tree: the number of the stored entry that brought it, be it as a folder around it; what is
+  /// new, or was moved, came last.
+  std::size_t arrival = last;
+  static constexpr auto last = static_cast<std::size_t>(-1);
+
   /// The number of the stored entry that this is made of; none for what is new, and for folders that names only imply.
   std::optional<std::size_t> entry;
   // What is no longer as that entry tells:

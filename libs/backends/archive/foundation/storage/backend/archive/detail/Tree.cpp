@@ -58,24 +58,26 @@ Tree::Tree(const StoredArchive& archive, const boost::posix_time::ptime& time, c
 void Tree::add(const StoredArchive& archive, std::size_t number) {
   const auto& entry = archive.entries()[number];
   auto names = parseEntryName(entry.name);
-  auto* folder = names ? makeFolders(*names) : nullptr;
+  auto* folder = names ? makeFolders(*names, number) : nullptr;
   if (folder == nullptr) {
     hidden_.push_back(number);
     return;
   }
   const bool isFolder = entry.kind == EntryKind::Folder;
-  auto& node = makeNode(*folder, names->back(), entry.kind);
+  auto& node = makeNode(*folder, names->back(), entry.kind, number);
   if (node->isFolder() != isFolder) {
     hidden_.push_back(number);
     return;
   }
-  if (!isFolder)
+  if (!isFolder) {
     node = std::make_unique<Node>(entry.kind);
+    node->arrival = number;
+  }
   fill(*node, archive, number);
 }
 
 /// What a folder has under a name; where that is nothing, a new node.
-std::unique_ptr<Node>& Tree::makeNode(Node& folder, const std::u16string& name, EntryKind kind) {
+std::unique_ptr<Node>& Tree::makeNode(Node& folder, const std::u16string& name, EntryKind kind, std::size_t number) {
   auto& children = folder.children;
   // Most archives are in the order of their names: what comes next belongs at the end, or is what came last.
   const bool isLast = children.empty() || children.rbegin()->first < name;
@@ -90,14 +92,15 @@ std::unique_ptr<Node>& Tree::makeNode(Node& folder, const std::u16string& name, 
   ++nodes_;
   auto node = std::make_unique<Node>(kind);
   node->lastModified = time_;
+  node->arrival = number;
   return children.emplace_hint(behind, name, std::move(node))->second;
 }
 
 /// The folder that holds the last name; null where something else is on the way.
-Node* Tree::makeFolders(const Names& names) {
+Node* Tree::makeFolders(const Names& names, std::size_t number) {
   auto* folder = &root_;
   for (auto name = names.begin(); name + 1 != names.end(); ++name) {
-    auto& child = makeNode(*folder, *name, EntryKind::Folder);
+    auto& child = makeNode(*folder, *name, EntryKind::Folder, number);
     if (!child->isFolder())
       return nullptr;
     folder = child.get();

@@ -56,8 +56,8 @@ class Tree {
 
  private:
   void add(const StoredArchive& archive, std::size_t number);
-  Node* makeFolders(const Names& names);
-  std::unique_ptr<Node>& makeNode(Node& folder, const std::u16string& name, EntryKind kind);
+  Node* makeFolders(const Names& names, std::size_t number);
+  std::unique_ptr<Node>& makeNode(Node& folder, const std::u16string& name, EntryKind kind, std::size_t number);
   void fill(Node& node, const StoredArchive& archive, std::size_t number) const;
 
   const boost::posix_time::ptime time_;
