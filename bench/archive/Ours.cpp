@@ -7,7 +7,7 @@
 #include <foundation/storage/provider/LocalPath.h>
 #include <foundation/storage/provider/TransactionalStream.h>
 
-#include <vector>
+#include <algorithm>
 
 namespace bench {
 namespace {
@@ -24,7 +24,7 @@ void appendContent(const StorageItem& file, std::string& content) {
     const auto size = content.size();
     content.resize(size + blockSize);
     const auto got = stream->read(content.data() + size, blockSize);
-    content.resize(size + static_cast<std::size_t>(got));
+    content.resize(size + static_cast<std::size_t>(std::max<std::int64_t>(got, 0)));
     if (got <= 0)
       return;
   }
