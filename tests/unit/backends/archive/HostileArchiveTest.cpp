@@ -575,6 +575,7 @@ TEST(HostileArchiveTest, TarsGiveNoMoreThanTheLimits) {
                    tar({pax({{"GNU.sparse.size", "1500"}}), {.name = "a", .content = "secret"}, tarFine}),
                    {"a = 1500 bytes", fineLine}},
                   {"a bomb", bomb, {"!FileTooLarge"}},
+                  {"a wrong checksum of it all", gzip(deflated(text), crcOf(text) + 1, text.size()), {"!IOError"}},
                   {"half of it", packed.substr(0, packed.size() / 2), {"!IOError"}},
                   {"one entry too many",
                    tar({tarFile("a"), tarFile("b"), tarFine}),
