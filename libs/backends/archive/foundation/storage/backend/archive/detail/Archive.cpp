@@ -91,6 +91,26 @@ std::unique_ptr<Node> newFile() {
   return node;
 }
 
+using Items = support::EntryTree::Items;
+
+/// Entries in the order of the archive, in which they are read fastest, each behind the folder that holds it.
+/// @param arrivals  of the items; none of them came before the folder that holds it
+Items inOrder(Items items, const std::vector<std::size_t>& arrivals) {
+  std::vector<std::size_t> order(items.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t left, std::size_t right) { return arrivals[left] < arrivals[right]; });
+  std::vector<std::size_t> places(items.size());
+  Items ordered;
+  ordered.reserve(items.size());
+  for (const auto index : order) {
+    auto& [entry, folder] = items[index];
+    places[index] = ordered.size();
+    ordered.push_back({std::move(entry), folder == support::EntryTree::none ? folder : places[folder]});
+  }
+  return ordered;
+}
+
 /// An archive that is to be made.
 class NoEntries final : public StoredArchive {
  public:
@@ -313,30 +333,6 @@ FolderEntry Archive::entryOf(const Names& folder, const std::u16string& path, co
     return {name, attributesOfFolder(name, *shown).withSymlinkStatusAttribute(isLink)};
   return {name, attributesOfFile(name, *shown).withSymlinkStatusAttribute(isLink)};
 }
-
-namespace {
-
-using Items = support::EntryTree::Items;
-
-/// Entries in the order of the archive, in which they are read fastest, each behind the folder that holds it.
-/// @param arrivals  of the items; none of them came before the folder that holds it
-Items inOrder(Items items, const std::vector<std::size_t>& arrivals) {
-  std::vector<std::size_t> order(items.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::stable_sort(order.begin(), order.end(),
-                   [&](std::size_t left, std::size_t right) { return arrivals[left] < arrivals[right]; });
-  std::vector<std::size_t> places(items.size());
-  Items ordered;
-  ordered.reserve(items.size());
-  for (const auto index : order) {
-    auto& [entry, folder] = items[index];
-    places[index] = ordered.size();
-    ordered.push_back({std::move(entry), folder == support::EntryTree::none ? folder : places[folder]});
-  }
-  return ordered;
-}
-
-}  // namespace
 
 support::EntryTree::Items Archive::list(const Place& place, const support::ListingScope& scope) const {
   noticeReplacement();

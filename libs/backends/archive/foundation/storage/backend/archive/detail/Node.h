@@ -2,12 +2,12 @@
 
 #include <foundation/storage/backend/archive/detail/Entry.h>
 #include <foundation/storage/backend/archive/detail/StagedContent.h>
+#include <foundation/storage/backend/support/TreeNode.h>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,14 +15,8 @@
 namespace foundation::storage::backend::archive::detail {
 
 /// An entry of the tree, as it is now, changes included. All of it is guarded by the archive's lock.
-struct Node {
-  using Children = std::map<std::u16string, std::unique_ptr<Node>>;
-
-  explicit Node(EntryKind nodeKind);
-  /// Takes what lies below apart level by level: a deep tree must not exhaust the stack.
-  ~Node();
-  Node(const Node&) = delete;
-  Node& operator=(const Node&) = delete;
+struct Node : support::TreeNode<Node> {
+  explicit Node(EntryKind nodeKind) : kind(nodeKind), permissions(nodeKind == EntryKind::Folder ? 0755 : 0644) {}
 
   bool isFolder() const { return kind == EntryKind::Folder; }
   bool isWritable() const { return (permissions & 0222) != 0; }
@@ -50,11 +44,6 @@ struct Node {
   std::optional<std::uint64_t> size;  ///< of stored content, in bytes
   // Of a link:
   std::optional<std::string> target;
-  // Of a folder:
-  Children children;
-
- private:
-  std::unique_ptr<Node> nextDying_;  ///< a list of those to be taken apart; made of the nodes, as memory may be short
 };
 
 }  // namespace foundation::storage::backend::archive::detail
