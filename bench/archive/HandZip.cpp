@@ -16,6 +16,7 @@ constexpr std::size_t endRecordSize = 22;
 constexpr std::size_t longestEnd = endRecordSize + 65'535;
 constexpr std::size_t directoryRecordSize = 46;
 constexpr std::size_t localHeaderSize = 30;
+constexpr std::size_t blockSize = 256 * 1024;
 
 template <class Number>
 std::uint64_t number(const char* bytes) {
@@ -47,18 +48,24 @@ std::uint64_t contentPosition(const Bytes& archive, const HandEntry& entry) {
   return entry.header + localHeaderSize + two(header.data() + 26) + two(header.data() + 28);
 }
 
-std::string inflated(std::string compressed, std::uint64_t size) {
-  std::string content(size, '\0');
+std::string inflated(const Bytes& archive, std::uint64_t position, const HandEntry& entry) {
+  std::string content(entry.size, '\0');
+  std::string block(std::min<std::uint64_t>(blockSize, entry.compressed), '\0');
   z_stream stream{};
   if (inflateInit2(&stream, -MAX_WBITS) != Z_OK)
     throw std::runtime_error("zlib");
-  stream.next_in = reinterpret_cast<Bytef*>(compressed.data());
-  stream.avail_in = static_cast<uInt>(compressed.size());
   stream.next_out = reinterpret_cast<Bytef*>(content.data());
   stream.avail_out = static_cast<uInt>(content.size());
-  const bool isWell = inflate(&stream, Z_FINISH) == Z_STREAM_END;
+  int status = Z_OK;
+  for (std::uint64_t done = 0; status == Z_OK && done < entry.compressed; done += stream.total_in - done) {
+    const auto count = std::min<std::uint64_t>(block.size(), entry.compressed - done);
+    archive.read(position + done, block.data(), count);
+    stream.next_in = reinterpret_cast<Bytef*>(block.data());
+    stream.avail_in = static_cast<uInt>(count);
+    status = inflate(&stream, Z_NO_FLUSH);
+  }
   inflateEnd(&stream);
-  if (!isWell)
+  if (status != Z_STREAM_END)
     throw std::runtime_error("no deflated data");
   return content;
 }
@@ -106,8 +113,8 @@ HandEntry entryOf(const Bytes& archive, const std::string& name) {
 }
 
 std::string contentOf(const Bytes& archive, const HandEntry& entry) {
-  auto bytes = part(archive, contentPosition(archive, entry), entry.compressed);
-  return entry.isDeflated ? inflated(std::move(bytes), entry.size) : bytes;
+  const auto position = contentPosition(archive, entry);
+  return entry.isDeflated ? inflated(archive, position, entry) : part(archive, position, entry.compressed);
 }
 
 Bytes storedBytes(const Bytes& archive, const HandEntry& entry) {

@@ -31,10 +31,11 @@ Workload reading(const Bench& bench, bool isDeflated) {
                              " in a zip",
                     .unit = Unit::Runs,
                     .amount = 1};
-  workload.entrants = {giving(
-                           "ours", [sample] { return ourNested(sample); }, expected),
-                       giving(
-                           "limit", [sample] { return handNested(sample); }, expected)};
+  workload.entrants = {
+      giving(
+          "ours", [sample] { return ourNested(sample); }, expected),
+      giving(
+          isDeflated ? "by hand, in memory" : "limit", [sample] { return handNested(sample); }, expected)};
   addProgram(workload, "fstore cat", {{bench.fstore, "cat", "zip:" + locationIn("zip", path, "inner.zip!/" + name)}},
              expected);
   addProgram(workload, "python", {{"python3", "-c", pythonNested, path, name}}, expected);

@@ -29,10 +29,11 @@ void replaceByHand(const std::string& path) {
   {
     const Descriptor from(path, O_RDONLY);
     const Descriptor to(scratch, O_WRONLY | O_CREAT | O_TRUNC);
-    ssize_t copied = 0;
-    while ((copied = copy_file_range(from.get(), nullptr, to.get(), nullptr, std::size_t{1} << 30, 0)) > 0)
-      ;
-    check(copied == 0, scratch);
+    std::string block(64 * 1024, '\0');
+    ssize_t got = 0;
+    while ((got = read(from.get(), block.data(), block.size())) > 0)
+      check(write(to.get(), block.data(), static_cast<std::size_t>(got)) == got, scratch);
+    check(got == 0, path);
   }
   std::filesystem::rename(scratch, path);
 }
