@@ -54,6 +54,21 @@ TEST(ArchiveChangesTest, MovesNoFolderIntoItselfThroughALink) {
   EXPECT_TRUE(archive.at("a/c/f").fileExists());
 }
 
+TEST(ArchiveChangesTest, ServesNoOtherArchive) {
+  const PlacedArchive archive(ArchiveFormat::Zip, zip({file("a"), folder("f/")}));
+  for (const char* text : {"zip:memory:///other.zip!/b", "tar:memory:///a.zip!/b", "zip:zip:memory:///a.zip!/x!/b",
+                           "zip:file:///a.zip!/b", "memory:///b"}) {
+    SCOPED_TRACE(text);
+    const StorageIRI elsewhere(fl::i18n::to_ustring(text));
+    const auto refused = [&](const auto& action) { return laws::archiveFailureAt(elsewhere, action); };
+    const auto policy = ReplacementPolicy::Overwrite;
+    EXPECT_EQ(refused([&] { archive.at("a").moveFile(elsewhere, policy); }), ErrorCode::InvalidLocation);
+    EXPECT_EQ(refused([&] { archive.at("f").moveFolder(elsewhere, policy); }), ErrorCode::InvalidLocation);
+    EXPECT_EQ(refused([&] { StorageItem(archive.root(), elsewhere).createFile(); }), ErrorCode::InvalidLocation);
+  }
+  EXPECT_EQ(contentsOf(archive), (Contents{{"a", "x"}}));
+}
+
 TEST(ArchiveChangesTest, CopiesOntoACopy) {
   const PlacedArchive archive(ArchiveFormat::Zip, zip({file("a"), link("l", "a")}));
   archive.at("a").copyFile(archive.at("b"), ReplacementPolicy::Preserve);

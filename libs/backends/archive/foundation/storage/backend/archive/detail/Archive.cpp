@@ -1,5 +1,6 @@
 #include <foundation/storage/backend/archive/detail/Archive.h>
 
+#include <fl/i18n/Case.h>
 #include <foundation/storage/backend/archive/detail/Commit.h>
 #include <foundation/storage/backend/archive/detail/Failure.h>
 #include <foundation/storage/backend/archive/detail/Format.h>
@@ -25,6 +26,7 @@ using provider::FolderAttributes;
 using provider::FolderEntry;
 using provider::ReplacementPolicy;
 using provider::StorageIRI;
+using provider::StorageItem;
 
 namespace {
 
@@ -67,6 +69,11 @@ provider::Exception obstacleAt(const StorageIRI& location, Tree::Obstacle obstac
     default:
       return refusal(ErrorCode::ResourceNotFound, location, u"There is no folder that could hold it");
   }
+}
+
+/// Schemes are the same in upper and lower case (RFC 3986, section 3.1).
+bool hasScheme(const StorageIRI& location, const std::u16string& scheme) {
+  return fl::i18n::detail::transform(location.getScheme(), fl::i18n::to_lower()) == scheme;
 }
 
 void touch(Node& folder) {
@@ -135,6 +142,18 @@ Archive::~Archive() {
   } catch (...) {
     support::logCaughtFailure("Changes of an archive could not be written, and are lost.");
   }
+}
+
+void Archive::requireHere(const StorageIRI& location) const {
+  const auto container = location.getInnerIRI();
+  // Most are spelled as the archive was opened; what is not may still lead to the same file, by a link for example.
+  const bool isSpelledAlike = container == item_.getLocation() || container == root_.getInnerIRI();
+  const auto isSame = [&] {
+    return StorageItem(item_, container).getCanonicalLocation() == root_.getInnerIRI();
+  };
+  if (hasScheme(location, root_.getScheme()) && (isSpelledAlike || at(location, isSame)))
+    return;
+  throw refusal(ErrorCode::InvalidLocation, location, u"This is a place in another archive");
 }
 
 bool Archive::isWritten() const { return detail::isWritten(format_); }

@@ -45,6 +45,8 @@ class Archive : public std::enable_shared_from_this<Archive> {
   ~Archive();
 
   const provider::StorageIRI& root() const { return root_; }
+  /// Throws `Exception` with `InvalidLocation` for a location in another archive.
+  void requireHere(const provider::StorageIRI& location) const;
   /// Whether archives of its format are.
   bool isWritten() const;
   /// Throws unless they are.

@@ -44,11 +44,17 @@ std::unique_ptr<ByteStream> opened(const provider::StorageIRI& location, const O
 
 }  // namespace
 
-void ArchiveProvider::doCreateFile(const StorageIRI& location) const { archive_->createFile(placeOf(location)); }
-void ArchiveProvider::doCreateFolder(const StorageIRI& location) const { archive_->createFolder(placeOf(location)); }
+Place ArchiveProvider::place(const StorageIRI& location) const {
+  auto found = placeOf(location);
+  archive_->requireHere(location);
+  return found;
+}
+
+void ArchiveProvider::doCreateFile(const StorageIRI& location) const { archive_->createFile(place(location)); }
+void ArchiveProvider::doCreateFolder(const StorageIRI& location) const { archive_->createFolder(place(location)); }
 
 void ArchiveProvider::doCreateFolderRecursive(const StorageIRI& location) const {
-  archive_->createFolders(placeOf(location));
+  archive_->createFolders(place(location));
 }
 
 bool ArchiveProvider::doFileExists(const StorageIRI& location) const {
@@ -60,7 +66,7 @@ bool ArchiveProvider::doFolderExists(const StorageIRI& location) const {
 }
 
 ExistenceType ArchiveProvider::doExists(const StorageIRI& location) const {
-  switch (archive_->existence(placeOf(location))) {
+  switch (archive_->existence(place(location))) {
     case ExistenceTypeExtended::RegularFile:
     case ExistenceTypeExtended::SpecialFile:
     case ExistenceTypeExtended::SymlinkToFile:
@@ -74,55 +80,55 @@ ExistenceType ArchiveProvider::doExists(const StorageIRI& location) const {
 }
 
 ExistenceTypeExtended ArchiveProvider::doExistsExtended(const StorageIRI& location) const {
-  return archive_->existence(placeOf(location));
+  return archive_->existence(place(location));
 }
 
 void ArchiveProvider::doRemoveFile(const StorageIRI& location) const {
-  archive_->remove(placeOf(location), FileOrFolder::File);
+  archive_->remove(place(location), FileOrFolder::File);
 }
 
 void ArchiveProvider::doRemoveFolder(const StorageIRI& location) const {
-  archive_->remove(placeOf(location), FileOrFolder::Folder);
+  archive_->remove(place(location), FileOrFolder::Folder);
 }
 
 void ArchiveProvider::doRemoveFolderRecursively(const StorageIRI& location) const {
-  archive_->removeRecursively(placeOf(location));
+  archive_->removeRecursively(place(location));
 }
 
 void ArchiveProvider::doMoveFile(const StorageIRI& source, const StorageIRI& destination,
                                  const ReplacementPolicy& policy) const {
-  archive_->move(placeOf(source), placeOf(destination), policy, FileOrFolder::File);
+  archive_->move(place(source), place(destination), policy, FileOrFolder::File);
 }
 
 void ArchiveProvider::doMoveFolder(const StorageIRI& source, const StorageIRI& destination,
                                    const ReplacementPolicy& policy) const {
-  archive_->move(placeOf(source), placeOf(destination), policy, FileOrFolder::Folder);
+  archive_->move(place(source), place(destination), policy, FileOrFolder::Folder);
 }
 
 provider::FileAttributes ArchiveProvider::doGetFileAttributes(const StorageIRI& location) const {
-  return archive_->fileAttributes(placeOf(location));
+  return archive_->fileAttributes(place(location));
 }
 
 provider::FolderAttributes ArchiveProvider::doGetFolderAttributes(const StorageIRI& location) const {
-  return archive_->folderAttributes(placeOf(location));
+  return archive_->folderAttributes(place(location));
 }
 
 std::unique_ptr<ByteStream> ArchiveProvider::doOpenStream(const StorageIRI& location,
                                                           const ByteStreamOpenOptions& options) const {
   return opened(location, [&] {
-    auto writing = archive_->beginWriting(placeOf(location), options.create, options.truncate);
+    auto writing = archive_->beginWriting(place(location), options.create, options.truncate);
     return std::make_unique<StagedStream>(std::move(writing), modeOf(options), archive_, location);
   });
 }
 
 std::unique_ptr<ByteStream> ArchiveProvider::doOpenReadOnlyStream(const StorageIRI& location) const {
-  return opened(location, [&] { return archive_->read(placeOf(location)); });
+  return opened(location, [&] { return archive_->read(place(location)); });
 }
 
 std::unique_ptr<provider::TransactionalStream> ArchiveProvider::doOpenTransactionalStream(
     const StorageIRI& location, const ByteStreamOpenOptions& options) const {
   constexpr auto policy = ReplacementPolicy::Overwrite;
-  const auto target = placeOf(location);
+  const auto target = place(location);
   archive_->requireCanPut(target, policy, nullptr);
   const auto content = std::make_shared<StagedContent>();
   auto bytes = std::make_unique<StagedStream>(std::make_unique<StagedContent::Writing>(content), modeOf(options),
@@ -138,28 +144,28 @@ std::unique_ptr<provider::TransactionalStream> ArchiveProvider::doOpenTransactio
 
 ArchiveProvider::Listing ArchiveProvider::list(const StorageIRI& location, const support::ListingScope& scope) const {
   return std::make_unique<support::EntryTree>(
-      [archive = archive_, folder = placeOf(location), scope] { return archive->list(folder, scope); });
+      [archive = archive_, folder = place(location), scope] { return archive->list(folder, scope); });
 }
 
 void ArchiveProvider::doCopyFile(const StorageIRI& source, const StorageIRI& destination,
                                  const ReplacementPolicy& policy) const {
-  copyAside(*archive_, placeOf(source), placeOf(destination), policy, nullptr);
+  copyAside(*archive_, place(source), place(destination), policy, nullptr);
 }
 
 provider::TransactionStatus ArchiveProvider::doCopyFileAtomic(
     const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy,
     const provider::InterruptCallback& interruptCallback) const {
-  return copyAside(*archive_, placeOf(source), placeOf(destination), policy, interruptCallback);
+  return copyAside(*archive_, place(source), place(destination), policy, interruptCallback);
 }
 
 void ArchiveProvider::doSetLastModified(const StorageIRI& location, const boost::posix_time::ptime& time) const {
   if (time.is_special())
     throw refusal(ErrorCode::UnsupportedOperation, location, u"This is no point in time");
-  archive_->setLastModified(placeOf(location), time);
+  archive_->setLastModified(place(location), time);
 }
 
 void ArchiveProvider::doSetWritable(const StorageIRI& location, bool writable) const {
-  archive_->setWritable(placeOf(location), writable);
+  archive_->setWritable(place(location), writable);
 }
 
 bool ArchiveProvider::doHasFeature(const ExtendedFeature& feature) const {
@@ -169,17 +175,17 @@ bool ArchiveProvider::doHasFeature(const ExtendedFeature& feature) const {
 
 provider::StorageIRI ArchiveProvider::doGetCanonicalLocation(const StorageIRI& location) const {
   std::u16string path;
-  for (const auto& name : placeOf(location).names)
+  for (const auto& name : place(location).names)
     path += u"/" + name;
   return path.empty() ? archive_->root() : StorageIRI(archive_->root(), path);
 }
 
 provider::ProviderStorageInfo ArchiveProvider::doGetProviderStorageInfo(const StorageIRI& location) const {
-  return archive_->storageInfo(placeOf(location));
+  return archive_->storageInfo(place(location));
 }
 
 void ArchiveProvider::doTruncateToSize(const StorageIRI& location, std::uint64_t newSize) const {
-  const auto writing = archive_->beginWriting(placeOf(location), provider::ByteStreamCreate::NeverCreate,
+  const auto writing = archive_->beginWriting(place(location), provider::ByteStreamCreate::NeverCreate,
                                               provider::ByteStreamTruncate::PreserveExisting);
   at(location, [&] { writing->content()->resize(newSize); });
   archive_->noteWritten(location);
@@ -190,7 +196,7 @@ void ArchiveProvider::doConfigure(boost::property_tree::ptree configuration) {
 }
 
 std::u16string ArchiveProvider::doGetFileIdentity(const StorageIRI& location) const {
-  return archive_->identity(placeOf(location));
+  return archive_->identity(place(location));
 }
 
 void ArchiveProvider::doInvalidate(const StorageIRI& /*location*/) { archive_->invalidate(); }

@@ -70,6 +70,9 @@ class ArchiveProvider final : public support::ListingProvider<provider::IConfigu
   /// the archive is written.
   std::u16string doGetFileIdentity(const StorageIRI& location) const override;
 
+  /// Throws `Exception` with `InvalidLocation` for what is no place in this archive.
+  Place place(const StorageIRI& location) const;
+
   /// Kept by streams and listings, too, which may outlive the provider.
   const std::shared_ptr<Archive> archive_;
 };
