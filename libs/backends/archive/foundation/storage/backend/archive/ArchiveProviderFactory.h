@@ -29,8 +29,8 @@ namespace foundation::storage::backend::archive {
 /// **Reading.** Any number of streams read at the same time; each seeks freely. What is stored without compression
 /// is read where it lies. In compressed entries, and in formats that can be read only from the beginning, a step
 /// forward decodes what lies between, and one back by more than 1 MiB begins anew; streams that follow each other in
-/// the archive's order, which is that of listings, go on where the last one ended. The checksum is checked at the end of
-/// what is read in one go.
+/// the archive's order, which is that of listings, go on where the last one ended. The checksum is checked at the end
+/// of what is read in one go.
 ///
 /// **Writing** (zip and tar). Changes show at once, and to everybody who uses the provider; but the archive is only
 /// written by `flushFilesystem`, by `shutdown`, and, where neither was called, when the provider's last user lets go of

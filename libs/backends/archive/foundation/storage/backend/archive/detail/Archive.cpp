@@ -148,9 +148,7 @@ void Archive::requireHere(const StorageIRI& location) const {
   const auto container = location.getInnerIRI();
   // Most are spelled as the archive was opened; what is not may still lead to the same file, by a link for example.
   const bool isSpelledAlike = container == item_.getLocation() || container == root_.getInnerIRI();
-  const auto isSame = [&] {
-    return StorageItem(item_, container).getCanonicalLocation() == root_.getInnerIRI();
-  };
+  const auto isSame = [&] { return StorageItem(item_, container).getCanonicalLocation() == root_.getInnerIRI(); };
   if (hasScheme(location, root_.getScheme()) && (isSpelledAlike || at(location, isSame)))
     return;
   throw refusal(ErrorCode::InvalidLocation, location, u"This is a place in another archive");
