@@ -1,9 +1,10 @@
-// Zips written by public operations, and read by other programs.
+// Zips by public operations: written, and read by other programs, and the other way round.
 
 #include "support/PlacedArchive.h"
 #include "support/ZipBuilder.h"
 
 #include <foundation/storage/backend/local/LocalProviderFactory.h>
+#include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/ByteStreamOpenOptions.h>
 #include <foundation/storage/provider/Exception.h>
 #include <foundation/storage/provider/LocalPath.h>
@@ -14,11 +15,10 @@
 #include <support/ProgramFolder.h>
 
 #include <algorithm>
-#include <functional>
+#include <map>
 #include <optional>
-#include <sstream>
-#include <sys/stat.h>
-#include <vector>
+#include <string>
+#include <utility>
 
 namespace foundation::storage::backend::archive {
 namespace {
@@ -58,12 +58,20 @@ std::optional<ErrorCode> codeOf(const Action& action) {
     action();
   } catch (const Exception& failure) {
     return failure.getErrorCode();
+  } catch (const ByteStreamFailure& failure) {
+    return failure.getErrorCode();
   }
   return std::nullopt;
 }
 
 class ZipWriterTest : public ::testing::Test {
  protected:
+  void SetUp() override {
+    for (const auto* program : {"zip", "unzip", "7z", "python3"})
+      if (!testing::ProgramFolder::has(program))
+        GTEST_SKIP() << program << " is not installed";
+  }
+
   StorageItem container(const std::string& name) const { return {store_, fl::i18n::to_ustring(name)}; }
 
   /// The root of a zip, with a provider of its own.
@@ -136,6 +144,49 @@ TEST_F(ZipWriterTest, WritesWhatOthersRead) {
   for (const auto& [name, content] : files)
     EXPECT_TRUE(wholeContent(at(root, name)) == content) << name;
   EXPECT_EQ(wholeContent(at(root, latin)), "bytes");
+}
+
+TEST_F(ZipWriterTest, ReadsWhatOthersWrite) {
+  const Contents files = {
+      {"empty", ""}, {"one", "1"}, {"noise", noise(300'000)}, {"mixed", mixed(10)}, {"d/\xC3\xA4", "umlaut"}};
+  for (const auto& [name, content] : files)
+    folder.put("in/" + name, content);
+  const std::pair<std::string, std::optional<ErrorCode>> cases[] = {
+      {"zip -qr ../a.zip .", {}},
+      {"zip -qr0 ../a.zip .", {}},
+      {"zip -qrZ bzip2 ../a.zip .", {}},
+      {"zip -qr - . | cat > ../a.zip", {}},
+      {"python3 -c 'import zipfile as z, sys; [z.ZipFile(\"../a.zip\", \"a\", z.ZIP_DEFLATED).write(n) "
+       "for n in [\"empty\", \"one\", \"noise\", \"mixed\", \"d/\xC3\xA4\"]]'",
+       {}},
+      {"7z a -mm=LZMA ../a.zip .", {}},
+      {"7z a -mm=PPMd ../a.zip .", {}},
+      {"7z a -mm=BZip2 ../a.zip .", {}},
+      {"7z a -mm=Deflate64 ../a.zip .", ErrorCode::UnsupportedOperation},
+      {"zip -qrP pass ../a.zip .", ErrorCode::UnsupportedOperation},
+      {"7z a -ppass -mem=AES256 ../a.zip .", ErrorCode::UnsupportedOperation},
+  };
+  for (const auto& [command, refusal] : cases) {
+    SCOPED_TRACE(command);
+    folder.run("export LC_ALL=C.UTF-8; rm -f a.zip; cd in; " + command);
+    const auto root = open("a.zip");
+    for (const auto& [name, content] : files) {
+      SCOPED_TRACE(name);
+      EXPECT_EQ(at(root, name).getFileAttributes().getSize(), content.size());
+      if (refusal && name == "mixed") {
+        EXPECT_EQ(codeOf([&] { wholeContent(at(root, name)); }), refusal);
+      } else if (!refusal) {
+        const auto stream = at(root, name).openReadOnlyStream();
+        for (const auto from : {content.size(), content.size() / 2, content.size() / 3}) {
+          stream->seek(static_cast<std::int64_t>(from), std::ios_base::beg);
+          char byte = 0;
+          EXPECT_EQ(stream->read(&byte, 1), from < content.size() ? 1 : -1);
+          EXPECT_EQ(byte, from < content.size() ? content[from] : '\0');
+        }
+        EXPECT_TRUE(wholeContent(at(root, name)) == content);
+      }
+    }
+  }
 }
 
 TEST_F(ZipWriterTest, KeepsTimes) {
