@@ -135,25 +135,39 @@ TEST(ArchiveChangesTest, CountsWhatIsHiddenAmongTheEntriesThatAreWritten) {
   }
 }
 
-TEST(ArchiveChangesTest, GoesOnWhenTheStoreFailsAfterTheArchiveWasWritten) {
+/// Lets each call of the store fail while an archive in `container` is written, and writes it again.
+void expectToGoOn(const StorageItem& container, Faults& faults) {
+  write(container, zip({file("a")}));
+  const ArchiveProviderFactory zips(ArchiveFormat::Zip);
+  const StorageItem archive(zips.buildProvider(container), StorageIRI(u"zip", container.getLocation(), u"/"));
+  for (std::size_t call = 1; call < 40; ++call) {
+    SCOPED_TRACE(call);
+    write(StorageItem(archive, u"b"), std::to_string(call));
+    faults.failAny(call, ErrorCode::IOError);
+    laws::archiveFailureAt(archive.getLocation(), [&] { archive.flushFilesystem(); });
+    faults.clear();
+    write(StorageItem(archive, u"c"), std::to_string(call));
+    EXPECT_EQ(laws::archiveFailureAt(archive.getLocation(), [&] { archive.flushFilesystem(); }), std::nullopt);
+    EXPECT_EQ(wholeContent(StorageItem(archive, u"b")), std::to_string(call));
+  }
+}
+
+TEST(ArchiveChangesTest, GoesOnWhenTheStoreFailsWhileTheArchiveIsWritten) {
   const auto faults = std::make_shared<Faults>();
   const StorageIRI root(u"memory:///");
   const StorageItem store(
       std::make_shared<FaultyProvider>(backend::memory::MemoryProviderFactory().buildProvider(root), faults), root);
-  const StorageItem container(store, u"a.zip");
-  write(container, zip({file("a")}));
-  const ArchiveProviderFactory zips(ArchiveFormat::Zip);
-  const StorageItem archive(zips.buildProvider(container), StorageIRI(u"zip", container.getLocation(), u"/"));
-  for (std::size_t call = 1; call < 20; ++call) {
-    SCOPED_TRACE(call);
-    write(StorageItem(archive, u"b"), std::to_string(call));
-    faults->clear();
-    faults->failAny(call, ErrorCode::IOError);
-    laws::archiveFailureAt(archive.getLocation(), [&] { archive.flushFilesystem(); });
-    faults->clear();
-    write(StorageItem(archive, u"c"), std::to_string(call));
-    EXPECT_EQ(laws::archiveFailureAt(archive.getLocation(), [&] { archive.flushFilesystem(); }), std::nullopt);
-    EXPECT_EQ(wholeContent(StorageItem(archive, u"b")), std::to_string(call));
+  expectToGoOn(StorageItem(store, u"a.zip"), *faults);
+  const StorageItem outer(store, u"o.zip");
+  write(outer, zip({file("a")}));
+  for (const char* commit : {"on-flush", "on-change"}) {
+    SCOPED_TRACE(commit);
+    ArchiveProviderFactory zips(ArchiveFormat::Zip);
+    boost::property_tree::ptree options;
+    options.put("commit", commit);
+    zips.configure(options);
+    const StorageItem around(zips.buildProvider(outer), StorageIRI(u"zip", outer.getLocation(), u"/"));
+    expectToGoOn(StorageItem(around, u"i.zip"), *faults);
   }
 }
 

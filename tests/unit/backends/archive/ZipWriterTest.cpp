@@ -361,12 +361,11 @@ TEST_F(ZipWriterTest, LeavesTheOldArchiveWhereWritingFails) {
     faults->failAny(call, ErrorCode::NoSpaceLeft);
     const auto code = codeOf([&] { root.flushFilesystem(); });
     failed += faults->countFailures();
-    EXPECT_EQ(code.has_value(), failed == call);
+    // What fails once the new archive is in its place is no failure to write it; but the store is flushed then, too.
+    const bool isFlush = faults->calls().back().starts_with("Flush");
+    const bool isOld = folder.content("a.zip") == old;
+    EXPECT_TRUE(code ? isOld || isFlush : !isOld);
     EXPECT_EQ(code.value_or(ErrorCode::NoSpaceLeft), ErrorCode::NoSpaceLeft);
-    const auto calls = faults->calls();
-    const bool isCommitted =
-        std::any_of(calls.begin(), calls.end() - 1, [](const auto& each) { return each.starts_with("Commit"); });
-    EXPECT_EQ(folder.content("a.zip") == old, !isCommitted);
     faults->clear();
     EXPECT_EQ(codeOf([&] { root.flushFilesystem(); }), std::nullopt);
     // Nothing is in the way of what comes next, either.

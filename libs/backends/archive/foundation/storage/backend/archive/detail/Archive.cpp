@@ -137,8 +137,10 @@ Archive::Archive(ArchiveFormat format, provider::StorageItem container, StorageI
 
 Archive::~Archive() {
   try {
-    if (isChanged_)
+    if (isChanged_) {
       commit();
+      item_.flushFilesystem();
+    }
   } catch (...) {
     support::logCaughtFailure("Changes of an archive could not be written, and are lost.");
   }
@@ -201,6 +203,7 @@ void Archive::forget() const {
   tree_.reset();
   stored_.reset();
   stamp_.reset();
+  isStampKnown_ = true;
   container_.reset();
 }
 
@@ -223,12 +226,12 @@ void Archive::noticeReplacement() const {
     const std::shared_lock lock(mutex_);
     if (!tree_ || isChanged_)
       return;
-    known = stamp_;
+    known = isStampKnown_ ? stamp_ : std::nullopt;
   }
   if (at(root_, [&] { return Container(item_).stamp(); }) == known)
     return;
   const std::scoped_lock lock(mutex_);
-  if (!isChanged_ && stamp_ == known)
+  if (!isChanged_ && (stamp_ == known || !isStampKnown_))
     forget();
 }
 
@@ -411,9 +414,19 @@ std::u16string Archive::identity(const Place& place) const {
 // --- Changing ---
 
 void Archive::finishChange(const StorageIRI& location) {
+  commitChange(location);
+  flushOutwards(location);
+}
+
+void Archive::commitChange(const StorageIRI& location) {
   isChanged_ = true;
   if (configuration_.commit == CommitTime::OnChange)
     at(location, [&] { commit(); });
+}
+
+void Archive::flushOutwards(const StorageIRI& location) {
+  if (configuration_.commit == CommitTime::OnChange)
+    at(location, [&] { item_.flushFilesystem(); });
 }
 
 Node& Archive::insert(const Place& place, std::unique_ptr<Node> node, AtEnd atEnd) {
@@ -621,9 +634,23 @@ void Archive::put(const Content& copy, const Place& destination, ReplacementPoli
     node->size = copy.size;
     node->hasNewTime = node->hasNewPermissions = true;
   }
-  spot.folder->children.insert_or_assign(spot.name, std::move(node));
+  replace(spot, std::move(node), destination.location);
+}
+
+/// As a whole or not at all: where the archive could not be written, what was there is there again.
+void Archive::replace(const Tree::Found& spot, std::unique_ptr<Node> node, const StorageIRI& location) {
+  auto& present = spot.folder->children[spot.name];
+  std::swap(present, node);
   touch(*spot.folder);
-  finishChange(destination.location);
+  try {
+    commitChange(location);
+  } catch (...) {
+    std::swap(present, node);
+    if (!present)
+      spot.folder->children.erase(spot.name);
+    throw;
+  }
+  flushOutwards(location);
 }
 
 void Archive::noteWritten(const StorageIRI& location) {
@@ -635,7 +662,7 @@ void Archive::noteWritten(const StorageIRI& location) {
 // --- The stored archive ---
 
 void Archive::requireUnchangedByOthers() const {
-  if (Container(item_).stamp() != stamp_)
+  if (isStampKnown_ && Container(item_).stamp() != stamp_)
     throw Fault(ErrorCode::ResourceInUse, "somebody else has changed the archive since it was read");
 }
 
@@ -643,24 +670,41 @@ void Archive::commit() {
   requireUnchangedByOthers();
   Commit commit(*tree_, stored_);
   const auto written = std::make_shared<Container>(item_);
-  commit.write(format_, written, configuration_.limits);
+  try {
+    commit.write(format_, written, configuration_.limits);
+  } catch (...) {
+    // The store may have done it all the same: the answer was lost, or something else failed afterwards.
+    if (!isReplacedBy(commit))
+      throw;
+    support::logCaughtFailure("A store has replaced an archive, and said that it failed.");
+  }
   isChanged_ = commit.adopt();
   stored_ = commit.written();
   if (container_)
     container_->retire();
   container_ = written;
   rememberStamp();
-  item_.flushFilesystem();
 }
 
-/// Where the store does not tell the new stamp, the archive is read anew: by the old one it would seem to be another's.
-void Archive::rememberStamp() {
+bool Archive::isReplacedBy(const Commit& commit) const noexcept {
+  if (!commit.written() || !isStampKnown_)
+    return false;
+  try {
+    const auto stamp = Container(item_).stamp();
+    return stamp && stamp != stamp_ && stamp->size == commit.size();
+  } catch (...) {
+    return false;  // whoever cannot know reports what failed
+  }
+}
+
+/// The archive is written, whatever becomes of this: where the store does not tell, the next commit cannot compare.
+void Archive::rememberStamp() noexcept {
+  isStampKnown_ = false;
   try {
     stamp_ = container_->stamp();
+    isStampKnown_ = true;
   } catch (...) {
-    if (!isChanged_)
-      forget();
-    throw;
+    support::logCaughtFailure("The store does not tell when an archive was written.");
   }
 }
 
@@ -669,8 +713,7 @@ void Archive::flush() {
   at(root_, [&] {
     if (isChanged_)
       commit();
-    else
-      item_.flushFilesystem();
+    item_.flushFilesystem();
   });
 }
 

@@ -28,6 +28,8 @@
 
 namespace foundation::storage::backend::archive::detail {
 
+class Commit;
+
 using FileOrFolder = provider::FolderEntry::EntryType;
 
 /// An archive with the changes that wait to be written. To be owned by `std::shared_ptr`: streams and listings keep it,
@@ -126,11 +128,14 @@ class Archive : public std::enable_shared_from_this<Archive> {
   void forget() const;
   /// Makes an archive where there is none.
   void begin();
+  void commitChange(const provider::StorageIRI& location);
+  void flushOutwards(const provider::StorageIRI& location);
   void finishChange(const provider::StorageIRI& location);
 
   void commit();
+  bool isReplacedBy(const Commit& commit) const noexcept;
+  void rememberStamp() noexcept;
   void requireUnchangedByOthers() const;
-  void rememberStamp();
 
   Node* find(const Place& place, AtEnd atEnd) const;
   Node& require(const Place& place, AtEnd atEnd) const;
@@ -139,6 +144,7 @@ class Archive : public std::enable_shared_from_this<Archive> {
   /// Where something could be put: with the folder that would hold it.
   Tree::Found requireSpot(const Place& place, AtEnd atEnd) const;
   Tree::Found requireWritableSpot(const Place& place, AtEnd atEnd) const;
+  void replace(const Tree::Found& spot, std::unique_ptr<Node> node, const provider::StorageIRI& location);
   Node& insert(const Place& place, std::unique_ptr<Node> node, AtEnd atEnd);
   Tree::Found requireReplaceable(const Place& place, provider::ReplacementPolicy policy, const Place* source) const;
   void requireMoveDestination(const Node& moved, const Tree::Found& to, const Place& destination,
@@ -162,6 +168,7 @@ class Archive : public std::enable_shared_from_this<Archive> {
   mutable std::unique_ptr<Tree> tree_;                   ///< none as long as nothing was asked
   mutable std::shared_ptr<const StoredArchive> stored_;  ///< none for an archive that is only to be made
   mutable std::optional<Container::Stamp> stamp_;        ///< of the container, when it was read
+  mutable bool isStampKnown_ = true;                     ///< not where the store fails to tell it after a commit
   bool isChanged_ = false;                               ///< whether something waits to be written
 };
 

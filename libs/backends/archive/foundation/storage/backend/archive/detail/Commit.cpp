@@ -67,8 +67,10 @@ void Commit::write(ArchiveFormat format, const std::shared_ptr<Container>& conta
   const auto writer = beginArchive(format, container, limits, stored_, output);
   for (auto& item : items_)
     putNamed(item, *writer);
-  written_ = writer->finish();
+  auto written = writer->finish();
   output.flush();
+  size_ = output.position();
+  written_ = std::move(written);
   stream->close(provider::StreamClosePolicy::Commit);
 }
 

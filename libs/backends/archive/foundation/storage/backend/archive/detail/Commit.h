@@ -31,8 +31,10 @@ class Commit {
   /// @return whether content was written to meanwhile, or may be, so that it still waits
   bool adopt();
 
-  /// What was written.
+  /// What was written; null as long as that is not all.
   const std::shared_ptr<const StoredArchive>& written() const { return written_; }
+  /// How large that is, in bytes.
+  std::uint64_t size() const { return size_; }
 
  private:
   struct Item {
@@ -54,6 +56,7 @@ class Commit {
   Tree& tree_;
   std::shared_ptr<const StoredArchive> stored_;
   std::shared_ptr<const StoredArchive> written_;
+  std::uint64_t size_ = 0;
   std::vector<Item> items_;
   std::uint64_t nodes_ = 0;  ///< of the tree, folders that names only imply included
 };
