@@ -174,7 +174,7 @@ TEST_F(ZipWriterTest, ReadsWhatOthersWrite) {
       SCOPED_TRACE(name);
       EXPECT_EQ(at(root, name).getFileAttributes().getSize(), content.size());
       if (refusal && name == "mixed") {
-        EXPECT_EQ(codeOf([&] { wholeContent(at(root, name)); }), refusal);
+        EXPECT_EQ(codeOf([file = at(root, name)] { wholeContent(file); }), refusal);
       } else if (!refusal) {
         const auto stream = at(root, name).openReadOnlyStream();
         for (const auto from : {content.size(), content.size() / 2, content.size() / 3}) {
