@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// What a zip is made of, down to its bytes; see APPNOTE.TXT of PKWARE, ".ZIP File Format Specification", 6.3.10:
+/// What a zip is made of, down to its bytes; see APPNOTE.TXT 6.3.10 of PKWARE:
 /// 4.3.7 (local headers), 4.3.9 (data descriptors), 4.3.12 (directory), 4.3.14 to 4.3.16 (its end), 4.5.3 (zip64).
 namespace foundation::storage::backend::archive::detail::zip {
 
