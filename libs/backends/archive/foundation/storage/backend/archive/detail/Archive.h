@@ -11,14 +11,11 @@
 #include <foundation/storage/backend/support/ListingScope.h>
 #include <foundation/storage/provider/ByteStreamOpenOptions.h>
 #include <foundation/storage/provider/ExistenceType.h>
-#include <foundation/storage/provider/ExtendedAttributes.h>
 #include <foundation/storage/provider/FileAttributes.h>
 #include <foundation/storage/provider/FolderAttributes.h>
 #include <foundation/storage/provider/FolderEntry.h>
-#include <foundation/storage/provider/InterruptSignal.h>
 #include <foundation/storage/provider/ProviderStorageInfo.h>
 #include <foundation/storage/provider/ReplacementPolicy.h>
-#include <foundation/storage/provider/TransactionPolicy.h>
 
 #include <memory>
 #include <optional>

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <foundation/storage/backend/archive/detail/Archive.h>
+#include <foundation/storage/provider/InterruptSignal.h>
+#include <foundation/storage/provider/TransactionPolicy.h>
 
 namespace foundation::storage::backend::archive::detail {
 

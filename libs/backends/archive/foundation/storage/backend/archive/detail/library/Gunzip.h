@@ -26,9 +26,8 @@ class Gunzip {
   /// on tapes, is left out. Throws `Fault`, and what the input throws.
   std::string_view next(Input& input);
 
-  /// How much has come out of how much, in bytes.
+  /// How much has come out, in bytes.
   std::uint64_t produced() const { return produced_; }
-  std::uint64_t consumed() const { return consumed_; }
 
  private:
   bool refill(Input& input);
@@ -36,7 +35,7 @@ class Gunzip {
 
   z_stream stream_{};
   std::vector<char> in_, out_;
-  std::uint64_t consumed_ = 0;
+  std::uint64_t consumed_ = 0;  ///< of the container, in bytes
   std::uint64_t produced_ = 0;
   bool isInMember_ = true;
   bool isAtEnd_ = false;

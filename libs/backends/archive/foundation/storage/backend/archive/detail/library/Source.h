@@ -37,8 +37,8 @@ class Source {
   /// taken the failure for something else.
   void rethrow() const;
 
-  /// How many of the container's bytes were read or passed over.
-  std::uint64_t consumed() const { return gunzip_ ? gunzip_->consumed() : consumed_; }
+  /// How many of the container's bytes were read or passed over; not counted in a gzip, which is judged as a whole.
+  std::uint64_t consumed() const { return consumed_; }
   /// Whether a gzip is decoded here, of which libarchive sees nothing.
   bool isGzip() const { return gunzip_.has_value(); }
   /// How many bytes the container has.
