@@ -116,11 +116,11 @@ void Commit::putFile(Item& item, ArchiveWriter& writer) {
     return writer.add(entry, nullptr);
   }
   // Whatever is written from here on makes it another revision.
-  item.revision = node.staged->revision();
-  entry.lastModified = node.staged->lastModified();
-  entry.size = node.staged->size();
-  StagedReader content(*node.staged);
-  writer.add(entry, &content);
+  StagedReader reader(*node.staged);
+  item.revision = reader.content().revision();
+  entry.lastModified = reader.content().lastModified();
+  entry.size = reader.content().size();
+  writer.add(entry, &reader);
 }
 
 bool Commit::adopt() {

@@ -39,7 +39,10 @@ void StagedContent::setLastModified(const boost::posix_time::ptime& time) {
 }
 
 std::size_t StagedContent::read(std::uint64_t position, char* buffer, std::size_t count) const {
-  const std::shared_lock lock(mutex_);
+  return Snapshot(*this).read(position, buffer, count);
+}
+
+std::size_t StagedContent::readLocked(std::uint64_t position, char* buffer, std::size_t count) const {
   if (position >= size_)
     return 0;
   const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - position));

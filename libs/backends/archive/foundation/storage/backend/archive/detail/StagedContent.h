@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <shared_mutex>
 #include <string>
@@ -63,11 +64,30 @@ class StagedContent {
   };
   bool isBeingWritten() const;
 
+  /// The content as it is at one moment: who would change it waits for as long as this lives. The thread that holds it
+  /// reads through nothing else, or would wait for itself.
+  class Snapshot {
+   public:
+    explicit Snapshot(const StagedContent& content) : content_(content), lock_(content.mutex_) {}
+
+    std::uint64_t size() const { return content_.size_; }
+    boost::posix_time::ptime lastModified() const { return content_.lastModified_; }
+    std::uint64_t revision() const { return content_.revision_; }
+    std::size_t read(std::uint64_t position, char* buffer, std::size_t count) const {
+      return content_.readLocked(position, buffer, count);
+    }
+
+   private:
+    const StagedContent& content_;
+    const std::shared_lock<std::shared_mutex> lock_;
+  };
+
  private:
   static constexpr std::uint64_t mostInMemory = 1024 * 1024;
   static constexpr std::uint64_t mostInMemoryOfAll = 128 * mostInMemory;
 
-  // All of these without the lock.
+  std::size_t readLocked(std::uint64_t position, char* buffer, std::size_t count) const;
+  // These all need the lock, which their caller holds.
   void reserve(std::uint64_t size);
   void spill();
   void writeToFile(std::uint64_t position, const char* bytes, std::size_t count);

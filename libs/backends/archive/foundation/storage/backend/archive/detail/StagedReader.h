@@ -5,10 +5,13 @@
 
 namespace foundation::storage::backend::archive::detail {
 
-/// Reads staged content for whoever writes it into an archive.
+/// Reads staged content for whoever writes it into an archive: all of it is of one moment, however many streams go on
+/// writing.
 class StagedReader final : public ContentReader {
  public:
   explicit StagedReader(const StagedContent& content) : content_(content) {}
+
+  const StagedContent::Snapshot& content() const { return content_; }
 
   std::size_t read(char* buffer, std::size_t count) override {
     const auto got = content_.read(position_, buffer, count);
@@ -22,7 +25,7 @@ class StagedReader final : public ContentReader {
   }
 
  private:
-  const StagedContent& content_;
+  const StagedContent::Snapshot content_;
   std::uint64_t position_ = 0;
 };
 
