@@ -12,7 +12,7 @@ namespace fl::filesystem {
 
 /// A path operation that failed: which one, on which path, and why. The text reads
 /// "operation 'path': reason (error number)", with the reason in strerror(3)'s words; where the system
-/// was not asked there is no number. A NUL in the path reads "\0".
+/// was not asked there is no number. Control characters in the path are spelt out (`fl::i18n::to_printable`).
 class FOUNDATION_EXPORT FsysExceptionBase
     : public foundation::core::except::Exception<foundation::core::except::IInternalException, std::exception> {
  public:
@@ -21,9 +21,12 @@ class FOUNDATION_EXPORT FsysExceptionBase
   FsysExceptionBase(std::string operation, upath path, int error);
   ~FsysExceptionBase() override;
 
+  /// What the constructor was given.
+  /// @{
   const std::string& getOperation() const noexcept { return operation_; }
   const upath& getPath() const noexcept { return path_; }
   int getErrorNumber() const noexcept { return error_; }
+  /// @}
 
  private:
   std::u16string ToUstringImpl() const override;
@@ -47,7 +50,7 @@ class FOUNDATION_EXPORT SystemError : public FsysExceptionBase {
   ~SystemError() override;
 };
 
-/// Nothing is at the path.
+/// Nothing is at the path, or a file stands where a folder should be.
 class FOUNDATION_EXPORT PathNotFound : public FsysExceptionBase {
  public:
   using FsysExceptionBase::FsysExceptionBase;

@@ -30,15 +30,22 @@ namespace fl::filesystem {
 template <class Native, class Char>
 class basic_path {
  public:
+  /// What the template's parameters say.
+  /// @{
   using native_type = Native;
   using value_type = Char;
   using string_type = std::basic_string<Char>;
   using view_type = std::basic_string_view<Char>;
+  /// @}
 
+  /// The empty path.
   basic_path() = default;
+  /// Any text makes a path; what form it has is for the functions below to tell.
   explicit basic_path(string_type text) : text_(std::move(text)) {}
 
+  /// The text, unchanged.
   const string_type& string() const noexcept { return text_; }
+  /// Whether the text is empty.
   bool empty() const noexcept { return text_.empty(); }
 
   /// Equality of the texts, code unit by code unit.
@@ -77,9 +84,12 @@ class basic_path {
   string_type text_;
 };
 
+/// The paths that this project works with.
 using upath = basic_path<wchar_t, char16_t>;
 
+/// What paths in generic form are made of.
 struct upath_constant {
+  /// Stands between segments.
   static constexpr std::u16string_view GENERIC_PATHNAME_SEPARATOR = u"/";
 };
 
@@ -108,7 +118,12 @@ FOUNDATION_EXPORT upath extract_parent_path(const upath& path);
 FOUNDATION_EXPORT upath extract_filename(const upath& path);
 
 /// The canonical form of an absolute path, asked of the file system: links resolved, dots gone
-/// (realpath(3)). The entry must exist. Throws the subclass of `FsysExceptionBase` that says why not.
+/// (realpath(3)).
+/// @param path  rooted, of an entry that exists
+/// @throws AccessDenied     a folder on the way may not be searched
+/// @throws PathNotFound     nothing is there, or the way leads through a file
+/// @throws InvalidArgument  the path is of another form, holds a NUL, is too long or leads into a loop of links
+/// @throws SystemError      any other failure
 FOUNDATION_EXPORT upath get_pathname_from_volume(const upath& path);
 
 }  // namespace fl::filesystem

@@ -10,6 +10,7 @@ namespace fl::i18n {
 /// Lower-cases one code point by Unicode's simple case mapping, which depends neither on the language
 /// nor on the neighbours (so both forms of the Greek sigma stay apart, and U+0130 becomes "i").
 struct FOUNDATION_EXPORT to_lower {
+  /// The lower-case form; of all that has none, the code point itself. Any number of threads may ask.
   char32_t operator()(char32_t codePoint) const;
 };
 

@@ -26,7 +26,7 @@ enum class Level : std::uint32_t {
 /// its loggers. Any thread may call it.
 FOUNDATION_EXPORT void openChannel(std::string_view channel, Level least);
 
-/// Lets none through any more.
+/// Lets none through any more. Any thread may call it.
 FOUNDATION_EXPORT void closeChannel(std::string_view channel);
 
 /// Writes records on one channel. Any number of threads may use one logger.
@@ -34,8 +34,10 @@ FOUNDATION_EXPORT void closeChannel(std::string_view channel);
 template <class Char>
 class FOUNDATION_EXPORT basic_diagnostic_logger {
  public:
+  /// How records are passed.
   using view_type = std::basic_string_view<Char>;
 
+  /// For the channel of that name, whether it is open, closed or not yet heard of.
   /// @param channel  in UTF-8
   explicit basic_diagnostic_logger(std::string channel);
 
@@ -58,6 +60,7 @@ class FOUNDATION_EXPORT basic_diagnostic_logger {
 
 extern template class basic_diagnostic_logger<char>;
 
+/// Takes records in UTF-8.
 using diagnostic_logger = basic_diagnostic_logger<char>;
 
 }  // namespace foundation::log

@@ -11,6 +11,7 @@ namespace foundation::network {
 /// "/a/c". A ".." at the root stays at the root, empty segments count as segments, and a path that
 /// ends in a dot segment ends in '/'. What is left of a rootless path once ".." has taken its first
 /// segment away is rooted: "a/../b" becomes "/b".
+/// @param path  as it is written, or decoded: an escaped dot, `%2E`, is none
 FOUNDATION_EXPORT std::u16string removeDotSegments(std::u16string_view path);
 
 }  // namespace foundation::network

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+/// Internationalised resource identifiers (RFC 3987).
 namespace foundation::network {
 
 /// The form in which a text of an IRI is asked for.
@@ -33,11 +34,11 @@ enum class IRIEncoding {
 /// assigned to.
 class FOUNDATION_EXPORT IRI {
  public:
-  /// Throws `IRISyntaxException` where `text` is neither an IRI nor a relative reference. The empty
-  /// text is a relative reference.
+  /// Throws `IRISyntaxException` where `text` is neither an IRI nor a relative reference, or has more than 2^29 - 1
+  /// code units. The empty text is a relative reference.
   explicit IRI(std::u16string text);
 
-  /// Throws `IRISyntaxException` where the components do not make an IRI.
+  /// Throws `IRISyntaxException` where the components do not make an IRI, or one that is too long.
   explicit IRI(const IRIArgs& args);
 
   /// Whether `text` can be a scheme: a letter, then letters, digits, '+', '-' and '.' (RFC 3986, section 3.1).
@@ -53,15 +54,18 @@ class FOUNDATION_EXPORT IRI {
   /// Whether something else than "/" follows the scheme, or nothing at all.
   bool isOpaque() const noexcept;
 
+  /// Whether the component is there. It may be empty: "//@:/?#" has all of them. A host comes with every authority.
+  /// @{
   bool hasAuthority() const noexcept { return parts_.hasAuthority; }
   bool hasUserInfo() const noexcept;
-  /// True with every authority; the host may be empty.
   bool hasHost() const noexcept { return parts_.hasAuthority; }
   bool hasPort() const noexcept;
   bool hasQuery() const noexcept { return parts_.pathEnd < text_.size() && text_[parts_.pathEnd] == u'?'; }
   bool hasFragment() const noexcept { return queryEnd() < text_.size(); }
+  /// @}
 
-  /// Absent components give the empty text. A host in brackets is given with them.
+  /// The component without its delimiters; the empty text where it is absent. A host in brackets is given with them.
+  /// @{
   std::u16string getScheme() const;
   std::u16string getUserInfo(IRIEncoding encoding = IRIEncoding::Decoded) const;
   std::u16string getHost(IRIEncoding encoding = IRIEncoding::Decoded) const;
@@ -69,15 +73,19 @@ class FOUNDATION_EXPORT IRI {
   std::u16string getPath(IRIEncoding encoding = IRIEncoding::Decoded) const;
   std::u16string getQuery(IRIEncoding encoding = IRIEncoding::Decoded) const;
   std::u16string getFragment(IRIEncoding encoding = IRIEncoding::Decoded) const;
+  /// @}
 
-  /// User information, host and port with their delimiters.
+  /// User information, host and port with the delimiters between them; the empty text where there is no authority.
   std::u16string getAuthority(IRIEncoding encoding = IRIEncoding::Display) const;
 
   /// All that follows the scheme and its ':' (the whole text where there is no scheme).
   std::u16string getSchemeSpecificPart(IRIEncoding encoding = IRIEncoding::Display) const;
 
+  /// The whole text.
+  /// @{
   std::u16string toString(IRIEncoding encoding = IRIEncoding::Display) const { return inEncoding(text_, encoding); }
   std::u16string toAsciiString() const { return toString(IRIEncoding::Ascii); }
+  /// @}
 
   /// The text in display form, without a copy; valid as long as this object.
   const std::u16string& text() const noexcept { return text_; }
@@ -94,22 +102,24 @@ class FOUNDATION_EXPORT IRI {
   /// Whether the path holds percent-escapes; without them it is its own decoded form.
   bool pathHasEscapes() const noexcept { return parts_.pathHasEscapes; }
 
+  /// The components, which make the same IRI again.
   IRIArgs toArgs() const;
 
   /// The same IRI with another path, as `toArgs()`, `IRIArgs::setPath()` and back, in one step.
   /// @param plain  decoded; made absolute by a '/' where there is an authority
-  /// Throws `IRISyntaxException` where the IRI would get too long.
+  /// @throws IRISyntaxException  the IRI would get too long
   IRI withPath(std::u16string_view plain) const;
 
   /// The same IRI with its path continued by '/' (unless it ends in one) and `plain`: what `withPath`
-  /// makes of the two, without decoding and encoding the path that is there.
+  /// makes of the two, without decoding and encoding the path that is there. Throws as `withPath`.
   IRI withChild(std::u16string_view plain) const;
 
   /// Whether `withPath` or `withChild` was given lone surrogates, so that `getPath()` need not be the
   /// path that was asked for (though it stands for the same bytes).
   bool pathIsLossy() const noexcept { return parts_.pathIsLossy; }
 
-  /// What `reference` means where this IRI is the base (RFC 3986, section 5.2, strictly).
+  /// What `reference` means where this IRI is the base (RFC 3986, section 5.2, strictly). Throws
+  /// `IRISyntaxException` where that would get too long.
   IRI resolve(const IRI& reference) const;
 
   /// A relative reference that resolves against `base` to this IRI with dot segments removed (an empty
@@ -118,6 +128,7 @@ class FOUNDATION_EXPORT IRI {
   /// `base` is in: up to and including the last '/' of its path.
   IRI makeRelativeTo(const IRI& base) const;
 
+  /// Equality of the texts as they were written: `a:%41` and `a:A` differ.
   friend bool operator==(const IRI& a, const IRI& b) noexcept { return a.text_ == b.text_; }
 
  private:

@@ -18,8 +18,11 @@ namespace foundation::network {
 /// absent component and an empty one differ: an empty host still writes "//".
 class FOUNDATION_EXPORT IRIArgs {
  public:
+  /// A component that may be absent.
   using Component = std::optional<std::u16string>;
 
+  /// The component as it is written: escapes are not decoded, and delimiters are left out.
+  /// @{
   const Component& getScheme() const noexcept { return scheme_; }
   const Component& getUserInfo() const noexcept { return userInfo_; }
   const Component& getHost() const noexcept { return host_; }
@@ -27,17 +30,20 @@ class FOUNDATION_EXPORT IRIArgs {
   const std::u16string& getPath() const noexcept { return path_; }
   const Component& getQuery() const noexcept { return query_; }
   const Component& getFragment() const noexcept { return fragment_; }
+  /// @}
 
-  /// Not escaped; the constructor of `IRI` refuses what is no scheme.
+  /// Replaces the component, or takes it away. A scheme and a port are not escaped: the constructor of `IRI` refuses
+  /// what is no scheme (RFC 3986, section 3.1), and a port of anything but digits. In a host, an address in brackets
+  /// stays as it is.
+  /// @{
   IRIArgs& setScheme(Component scheme);
   IRIArgs& setUserInfo(const Component& plain);
-  /// An address in brackets stays as it is.
   IRIArgs& setHost(const Component& plain);
-  /// Digits; the constructor of `IRI` refuses anything else.
   IRIArgs& setPort(Component port);
   IRIArgs& setPath(const std::u16string& plain);
   IRIArgs& setQuery(const Component& plain);
   IRIArgs& setFragment(const Component& plain);
+  /// @}
 
  private:
   friend class IRI;

@@ -19,10 +19,14 @@ class FOUNDATION_EXPORT IRISyntaxException : public core::except::IInternalExcep
   IRISyntaxException(std::u16string text, std::size_t offset, std::string reason);
   ~IRISyntaxException() override;
 
+  /// What the constructor was given.
+  /// @{
   const std::u16string& getText() const noexcept { return text_; }
   std::size_t getOffset() const noexcept { return offset_; }
   const std::string& getReason() const noexcept { return reason_; }
+  /// @}
 
+  /// The text, the offset and the reason, in UTF-8 and on one line.
   const char* what() const noexcept override { return std::runtime_error::what(); }
 
  private:

@@ -4,6 +4,7 @@
 
 #include <string>
 
+/// What all exceptions of this project have in common.
 namespace foundation::core::except {
 
 /// What every exception of this project offers, whatever standard exception it also is. Catch it to
