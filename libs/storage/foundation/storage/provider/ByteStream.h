@@ -32,7 +32,7 @@ class FOUNDATION_EXPORT ByteStream : private boost::noncopyable {
   /// @param offset  in bytes, may be negative
   /// @param origin  a value of `std::ios_base::seekdir`: beginning, current position or end
   /// @return the new position in bytes from the beginning. Positions beyond the end are allowed; a
-  ///         write there leaves a gap of zeros.
+  ///         write there leaves a gap of zeros. One before the beginning is refused, and nothing moves.
   std::streampos seek(std::int64_t offset, int origin) { return doSeek(offset, origin); }
 
   /// Ends the stream: what was written is handed to the store. Closing again does nothing; any other

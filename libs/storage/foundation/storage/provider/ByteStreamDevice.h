@@ -23,15 +23,20 @@ namespace foundation::storage::provider {
 template <class Stream>
 class GenericByteStreamDevice {
  public:
+  /// What Boost.Iostreams asks of a device.
+  /// @{
   using char_type = char;
   struct category : boost::iostreams::seekable_device_tag, boost::iostreams::closable_tag {};
+  /// @}
 
   /// Takes the stream over; `stream` is empty afterwards.
   explicit GenericByteStreamDevice(std::unique_ptr<Stream>& stream) : stream_(stream.release()) {}
 
-  /// As the stream's operations of the same names.
+  /// As the stream's own.
   std::int64_t read(char* buffer, std::int64_t count) const { return stream_->read(buffer, count); }
+  /// As the stream's own.
   std::int64_t write(const char* buffer, std::int64_t count) const { return stream_->write(buffer, count); }
+  /// As the stream's own.
   std::streampos seek(std::int64_t offset, int origin) const { return stream_->seek(offset, origin); }
 
   /// Closes the stream. A transactional stream is committed: see `TransactionalStreamDevice`.
@@ -43,6 +48,7 @@ class GenericByteStreamDevice {
   }
 
  protected:
+  /// The stream; valid as long as a copy of the device.
   Stream& stream() const { return *stream_; }
 
  private:
@@ -74,6 +80,7 @@ class FOUNDATION_EXPORT TransactionalStreamDevice : public GenericByteStreamDevi
   using GenericByteStreamDevice<TransactionalStream>::GenericByteStreamDevice;
   using GenericByteStreamDevice<TransactionalStream>::close;
 
+  /// Ends the transaction, as `TransactionalStream::close`.
   void close(const StreamClosePolicy& policy) const { stream().close(policy); }
 };
 

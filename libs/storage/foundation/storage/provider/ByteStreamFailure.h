@@ -26,11 +26,13 @@ class FOUNDATION_EXPORT ByteStreamFailure : public core::except::IInternalExcept
   ByteStreamFailure& operator=(ByteStreamFailure&&) = default;
   ~ByteStreamFailure() override;
 
+  /// Why it failed.
   virtual ErrorCode getErrorCode() const { return code_; }
   const char* what() const noexcept override { return std::ios_base::failure::what(); }
 
   /// Replaces all frames by `contexts`, top first.
   void setExceptionContexts(ExceptionContexts contexts);
+  /// All frames, top first; empty where no layer has attached any.
   ExceptionContexts getAllExceptionContexts() const;
   /// The frame attached last, if there is one.
   std::optional<ExceptionContext> topExceptionContext() const;
@@ -54,6 +56,7 @@ class FOUNDATION_EXPORT ByteStreamFailure : public core::except::IInternalExcept
 class FOUNDATION_EXPORT ByteStreamOpenFailure : public ByteStreamFailure,
                                                 public virtual boost::exception_detail::clone_base {
  public:
+  /// @param message  in UTF-8
   ByteStreamOpenFailure(const std::string& message, ErrorCode code);
   /// With the class's name as the message.
   explicit ByteStreamOpenFailure(ErrorCode code);
@@ -72,6 +75,7 @@ class FOUNDATION_EXPORT ByteStreamOpenFailure : public ByteStreamFailure,
 class FOUNDATION_EXPORT ByteStreamReadFailure : public ByteStreamFailure,
                                                 public virtual boost::exception_detail::clone_base {
  public:
+  /// @param message  in UTF-8
   ByteStreamReadFailure(const std::string& message, ErrorCode code);
   /// With the class's name as the message.
   explicit ByteStreamReadFailure(ErrorCode code);
@@ -90,6 +94,7 @@ class FOUNDATION_EXPORT ByteStreamReadFailure : public ByteStreamFailure,
 class FOUNDATION_EXPORT ByteStreamWriteFailure : public ByteStreamFailure,
                                                  public virtual boost::exception_detail::clone_base {
  public:
+  /// @param message  in UTF-8
   ByteStreamWriteFailure(const std::string& message, ErrorCode code);
   /// With the class's name as the message.
   explicit ByteStreamWriteFailure(ErrorCode code);
@@ -108,6 +113,7 @@ class FOUNDATION_EXPORT ByteStreamWriteFailure : public ByteStreamFailure,
 class FOUNDATION_EXPORT ByteStreamSeekFailure : public ByteStreamFailure,
                                                 public virtual boost::exception_detail::clone_base {
  public:
+  /// @param message  in UTF-8
   ByteStreamSeekFailure(const std::string& message, ErrorCode code);
   /// With the class's name as the message.
   explicit ByteStreamSeekFailure(ErrorCode code);
@@ -126,6 +132,7 @@ class FOUNDATION_EXPORT ByteStreamSeekFailure : public ByteStreamFailure,
 class FOUNDATION_EXPORT ByteStreamCloseFailure : public ByteStreamFailure,
                                                  public virtual boost::exception_detail::clone_base {
  public:
+  /// @param message  in UTF-8
   ByteStreamCloseFailure(const std::string& message, ErrorCode code);
   /// With the class's name as the message.
   explicit ByteStreamCloseFailure(ErrorCode code);

@@ -12,7 +12,8 @@
 namespace foundation::storage::provider {
 
 /// Receives change events: what happened, the watched folder, the entry concerned (the folder itself
-/// for the first two kinds), the type of that entry, and details (none so far: an empty tree).
+/// for the first two kinds), the type of that entry, and details (none so far: an empty tree). Which thread calls it,
+/// and what it must not do, says whoever publishes.
 using ChangeCallback = std::function<void(const events::Kind&, const StorageIRI& watched, const StorageIRI& subject,
                                           const events::EntryType&, boost::property_tree::ptree)>;
 
@@ -24,8 +25,8 @@ enum class RecursiveChangePolling : std::int32_t {
 
 /// How deep native change events reach.
 enum class RecursiveFileWatching : std::int32_t {
-  Recursive = 0,
-  DirectOnly = 1,
+  Recursive = 0,   ///< the whole subtree
+  DirectOnly = 1,  ///< the folder itself and its own entries
 };
 
 }  // namespace foundation::storage::provider

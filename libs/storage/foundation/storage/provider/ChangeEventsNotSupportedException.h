@@ -18,11 +18,16 @@ class FOUNDATION_EXPORT ChangeEventsNotSupportedException
       public boost::exception,
       public virtual boost::exception_detail::clone_base {
  public:
+  /// @param location  where none are offered
   explicit ChangeEventsNotSupportedException(const StorageIRI& location);
+  /// With an error-info of its own.
+  /// @{
   ChangeEventsNotSupportedException(const ChangeEventsNotSupportedException& other);
   ChangeEventsNotSupportedException& operator=(const ChangeEventsNotSupportedException& other);
+  /// @}
   ~ChangeEventsNotSupportedException() noexcept override;
 
+  /// The location that the constructor was given.
   StorageIRI getStorageIRI() const;
 
  private:

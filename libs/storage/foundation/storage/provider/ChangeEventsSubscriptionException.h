@@ -18,11 +18,16 @@ class FOUNDATION_EXPORT ChangeEventsSubscriptionException
       public boost::exception,
       public virtual boost::exception_detail::clone_base {
  public:
+  /// @param location  where subscribing failed
   explicit ChangeEventsSubscriptionException(const StorageIRI& location);
+  /// With an error-info of its own.
+  /// @{
   ChangeEventsSubscriptionException(const ChangeEventsSubscriptionException& other);
   ChangeEventsSubscriptionException& operator=(const ChangeEventsSubscriptionException& other);
+  /// @}
   ~ChangeEventsSubscriptionException() noexcept override;
 
+  /// The location that the constructor was given.
   StorageIRI getStorageIRI() const;
 
  private:

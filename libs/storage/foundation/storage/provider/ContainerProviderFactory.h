@@ -24,6 +24,7 @@ class ProviderFactoryImpl;
 /// any number of threads.
 class FOUNDATION_EXPORT ContainerProviderFactory {
  public:
+  /// With no provider yet, and no configuration.
   ContainerProviderFactory();
   ContainerProviderFactory(const ContainerProviderFactory&) = default;
   ContainerProviderFactory& operator=(const ContainerProviderFactory&) = default;

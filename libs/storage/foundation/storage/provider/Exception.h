@@ -16,10 +16,16 @@
 namespace foundation::storage::provider {
 
 /// Tags of the Boost error-info items that the exceptions here carry.
+/// @{
 struct TagErrorCode {};
 struct TagStorageIRI {};
+/// @}
+
+/// The items themselves, for `boost::get_error_info`.
+/// @{
 using ErrorCodeInfo = boost::error_info<TagErrorCode, ErrorCode>;
 using StorageIRIInfo = boost::error_info<TagStorageIRI, StorageIRI>;
+/// @}
 
 /// A provider's refusal: why, and at which location. Layers that it passes on its way up may attach
 /// frames of context.
@@ -39,16 +45,22 @@ class FOUNDATION_EXPORT Exception : public core::except::Exception<core::except:
  public:
   /// Without contexts.
   Exception(const ErrorCode& code, const StorageIRI& location);
+  /// With error-infos and contexts of its own.
+  /// @{
   Exception(const Exception& other);
   Exception& operator=(const Exception& other);
+  /// @}
   ~Exception() noexcept override;
 
+  /// Why it failed.
   ErrorCode getErrorCode() const;
+  /// The location at fault: of two, the one that is the reason.
   StorageIRI getStorageIRI() const;
 
   /// Replaces all frames by `contexts`, top first. To add a frame, put one in front of
   /// `getAllExceptionContexts()` and set the result.
   void setExceptionContexts(ExceptionContexts contexts);
+  /// All frames, top first; empty where no layer has attached any.
   ExceptionContexts getAllExceptionContexts() const;
 
   /// The frame attached last, if there is one.

@@ -12,6 +12,7 @@ namespace foundation::storage::provider {
 /// What the storage service behind a provider said of a failure.
 class FOUNDATION_EXPORT ExceptionContextInfo {
  public:
+  /// Details by name.
   using AdditionalInformation = std::unordered_map<std::u16string, std::u16string>;
 
   /// @param providerMessage        the service's own words
@@ -20,9 +21,12 @@ class FOUNDATION_EXPORT ExceptionContextInfo {
   ExceptionContextInfo(std::u16string providerMessage, std::u16string responseErrorCode,
                        AdditionalInformation additionalInformation);
 
+  /// What the constructor was given.
+  /// @{
   std::u16string getProviderMessage() const { return providerMessage_; }
   std::u16string getResponseErrorCode() const { return responseErrorCode_; }
   AdditionalInformation getAdditionalInformation() const { return additionalInformation_; }
+  /// @}
 
   /// One line "name : value" for each detail, in no particular order, each ending in a line feed.
   std::u16string getAdditionalInformationString() const;
@@ -36,11 +40,15 @@ class FOUNDATION_EXPORT ExceptionContextInfo {
 /// One frame that a layer attached to a failure on its way up.
 class FOUNDATION_EXPORT ExceptionContext {
  public:
-  /// @param contextKey  names the operation or layer
+  /// @param contextKey   names the operation or layer
+  /// @param contextInfo  what the storage service said, if it was one that failed
   explicit ExceptionContext(std::u16string contextKey, std::optional<ExceptionContextInfo> contextInfo = std::nullopt);
 
+  /// What the constructor was given.
+  /// @{
   std::u16string getExceptionContextKey() const { return contextKey_; }
   std::optional<ExceptionContextInfo> getExceptionContextInfo() const { return contextInfo_; }
+  /// @}
 
  private:
   std::u16string contextKey_;

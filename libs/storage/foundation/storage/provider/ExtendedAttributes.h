@@ -13,11 +13,15 @@ namespace foundation::storage::provider {
 /// the provider's business.
 class FOUNDATION_EXPORT ExtendedAttributes {
  public:
+  /// Values by name.
   using Map = std::map<std::string, boost::any>;
 
+  /// None.
   ExtendedAttributes() = default;
+  /// Those given.
   explicit ExtendedAttributes(const Map& attributes) : attributes_(attributes) {}
 
+  /// Whether there is one of that name.
   bool hasAttribute(const std::string& key) const { return attributes_.contains(key); }
 
   /// A copy of the value. Throws `std::out_of_range` where there is no such attribute and
@@ -27,10 +31,13 @@ class FOUNDATION_EXPORT ExtendedAttributes {
     return boost::any_cast<T>(getAttribute(key));
   }
 
+  /// Pairs of name and value, in the order of the names; valid until this object is changed or destroyed.
+  /// @{
   Map::iterator begin() { return attributes_.begin(); }
   Map::iterator end() { return attributes_.end(); }
   Map::const_iterator begin() const { return attributes_.begin(); }
   Map::const_iterator end() const { return attributes_.end(); }
+  /// @}
 
  private:
   boost::any getAttribute(const std::string& key) const;

@@ -13,44 +13,62 @@
 
 namespace foundation::storage::provider {
 
-/// What a provider knows of a file. The flags may be lazy: a function given for one is called at most
-/// once, when it is first asked for, however many copies there are.
+/// What a provider knows of a file. The flags may be lazy: a function given for one is called when it
+/// is first asked for, and once it has answered never again, however many copies there are. What it throws, asking
+/// throws, and the next one to ask calls it again.
 ///
 /// Copies share one record: a flag found out through one is known to all, and a `with...` operation on
 /// one changes all. Reading is safe from any number of threads; `with...` operations are for the back
-/// end that builds the object, before it hands it out. What a flag's function throws, the flag throws.
+/// end that builds the object, before it hands it out.
 class FOUNDATION_EXPORT FileAttributes {
  public:
   /// @param size          in bytes, if it is known
   /// @param lastModified  UTC; `not_a_date_time` if it is not known
-  /// @param writable      whether this process may write the file. Hidden and symlink are false until set.
+  /// @param writable      whether this process may write the file, or a function that finds it out
+  ///
+  /// Hidden and symlink are false until set.
+  /// @{
   FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified, bool writable);
   FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified,
                  std::function<bool()> writable);
+  /// @}
   /// The same for any callable; without it a captureless lambda could be taken for a truth value.
   template <Question Writable>
   FileAttributes(const std::optional<std::uint64_t>& size, const boost::posix_time::ptime& lastModified,
                  Writable writable)
       : FileAttributes(size, lastModified, std::function<bool()>(std::move(writable))) {}
 
-  /// In bytes; to be asked only where `hasSizeAttribute()`: it is not checked here.
+  /// In bytes; to be asked only where `hasSizeAttribute()`, and 0 otherwise.
   std::uint64_t getSize() const;
+  /// Whether the size is known.
   bool hasSizeAttribute() const;
+  /// UTC; `not_a_date_time` if it is not known.
   boost::posix_time::ptime getLastModified() const;
+  /// Whether listings for people leave it out; the rule is the store's.
   bool isHidden() const;
+  /// Whether the entry itself is a link.
   bool isSymlink() const;
+  /// Whether this process may write the file.
   bool isWritable() const;
 
+  /// Sets the flag, or the function that finds it out.
+  /// @return this object
+  /// @{
   FileAttributes& withHiddenAttribute(bool hidden);
   FileAttributes& withHiddenAttribute(std::function<bool()> hidden);
   FileAttributes& withHiddenAttribute(Question auto hidden) {
     return withHiddenAttribute(std::function<bool()>(std::move(hidden)));
   }
+  /// @}
+  /// Sets the flag, or the function that finds it out.
+  /// @return this object
+  /// @{
   FileAttributes& withSymlinkStatusAttribute(bool symlink);
   FileAttributes& withSymlinkStatusAttribute(std::function<bool()> symlink);
   FileAttributes& withSymlinkStatusAttribute(Question auto symlink) {
     return withSymlinkStatusAttribute(std::function<bool()>(std::move(symlink)));
   }
+  /// @}
 
  private:
   struct Record;

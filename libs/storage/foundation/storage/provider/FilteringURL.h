@@ -5,8 +5,10 @@
 
 #include <string>
 
+/// @file
 /// Providers can be stacked: a filter is named before the scheme of what it filters, joined by '+', as in
 /// "readonly+file:///a". All functions may be called by any number of threads.
+
 namespace foundation::storage::provider {
 
 /// What stands behind the last '+' of a scheme: "f1+f2+file" gives "file", "file" itself, "a+" nothing.

@@ -20,6 +20,7 @@ namespace foundation::storage::provider {
 template <class Stream>
 class GenericTransactionalStream final : public TransactionalStream {
  public:
+  /// Ends the transaction: commits or aborts it, as its argument says.
   using CloseHandler = std::function<void(const StreamClosePolicy&)>;
 
   /// @param handler  called once the stream is closed; what it throws, `close` throws, and the transaction is

@@ -30,6 +30,7 @@
 #include <string>
 #include <vector>
 
+/// The contract between programs and stores: locations, items, providers, streams and failures.
 namespace foundation::storage::provider {
 
 class PollingChangeEventsDetector;
@@ -57,6 +58,7 @@ using PathComparator = std::function<bool(const std::u16string&, const std::u16s
 /// else: until then a polling thread may call the virtual operations.
 class FOUNDATION_EXPORT IProvider {
  public:
+  /// Never null.
   using Listing = std::unique_ptr<IFolderEntryIterator>;
 
   IProvider();
@@ -69,6 +71,8 @@ class FOUNDATION_EXPORT IProvider {
   virtual ~IProvider();
 
  private:
+  /// What the public operation of the same name, without `do`, promises.
+  /// @{
   virtual void doCreateFile(const StorageIRI& location) const = 0;
   virtual void doCreateFolder(const StorageIRI& location) const = 0;
   /// Default: creates the missing folders from the outermost inwards with `doCreateFolder`.
@@ -95,9 +99,12 @@ class FOUNDATION_EXPORT IProvider {
   /// removes it.
   virtual std::unique_ptr<TransactionalStream> doOpenTransactionalStreamAtScratchLocation(
       const StorageIRI& location, const StorageIRI& scratchLocation, const ByteStreamOpenOptions& options) const;
+  /// @}
 
-  // Listings. The variants with a wildcard default to those without and drop the wildcard; listings of
-  // names default to the full ones.
+  /// What the public listing of the same name, without `do`, promises; with `Wildcards` for a wildcard that is not
+  /// empty. Default, where there is one: those with a wildcard drop it and are those without; those of names are the
+  /// full ones.
+  /// @{
   virtual Listing doListAll(const StorageIRI& location) const = 0;
   virtual Listing doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const;
   virtual Listing doListFiles(const StorageIRI& location) const = 0;
@@ -110,6 +117,7 @@ class FOUNDATION_EXPORT IProvider {
   virtual Listing doListFoldersNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const;
   virtual Listing doListFilesNamesOnly(const StorageIRI& location) const;
   virtual Listing doListFilesNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const;
+  /// @}
 
  protected:
   /// Default: refuses, and with it all recursive listings that are not overridden. Entries are named by
@@ -117,9 +125,13 @@ class FOUNDATION_EXPORT IProvider {
   virtual Listing doListAllRecursive(const StorageIRI& location) const;
 
  private:
+  /// What the public listing of the same name, without `do`, promises; with `Wildcards` for a wildcard that is not
+  /// empty. Default: `doListAllRecursive`, without the wildcard.
+  /// @{
   virtual Listing doListAllRecursiveWildcards(const StorageIRI& location, std::u16string wildcard) const;
   virtual Listing doListAllRecursiveNamesOnly(const StorageIRI& location) const;
   virtual Listing doListAllRecursiveNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const;
+  /// @}
   /// Default: copies through streams.
   virtual void doCopyFile(const StorageIRI& source, const StorageIRI& destination,
                           const ReplacementPolicy& policy) const;
@@ -172,48 +184,63 @@ class FOUNDATION_EXPORT IProvider {
  public:
   // --- Existence ---
 
-  /// Whether a file (anything but a folder) is there. Links are followed.
+  /// Whether a file (anything but a folder), a folder, or which of them is there. Links are followed; one that leads
+  /// nowhere is nothing. Where the way there is missing, or leads through a file, nothing is there. Throws where the
+  /// store cannot tell: `PermissionDenied`, `IOError`, and `InvalidLocation` for another store's location.
+  /// @{
   bool fileExists(const StorageIRI& location) const { return doFileExists(location); }
   bool folderExists(const StorageIRI& location) const { return doFolderExists(location); }
   ExistenceType exists(const StorageIRI& location) const { return doExists(location); }
+  /// @}
+  /// What is there, a link being told as one. Throws as `exists`.
   ExistenceTypeExtended existsExtended(const StorageIRI& location) const { return doExistsExtended(location); }
 
   // --- Creating and removing ---
 
-  /// Creates an empty file in an existing folder. Throws `ResourceAlreadyExists` where anything is there.
+  /// Creates an empty file in an existing folder. Throws `ResourceAlreadyExists` where anything is there, and
+  /// `ResourceNotFound` where the folder is missing.
   void createFile(const StorageIRI& location) const { doCreateFile(location); }
-  /// Creates a folder in an existing one. Throws `ResourceAlreadyExists` where anything is there.
+  /// Creates a folder in an existing one. Throws as `createFile`.
   void createFolder(const StorageIRI& location) const { doCreateFolder(location); }
   /// Creates a folder and all missing folders above it; those created stay if a later one fails. Throws
   /// `ResourceAlreadyExists` where anything is at `location`, and `ResourceNotFound` where the store's
   /// root is missing.
   void createFolderRecursive(const StorageIRI& location) const { doCreateFolderRecursive(location); }
-  /// Removes a file or a link, not what the link leads to.
+  /// Removes a file or a link, not what the link leads to. Throws `InvalidLocation` for a folder.
   void removeFile(const StorageIRI& location) const { doRemoveFile(location); }
-  /// Removes an empty folder; throws `FolderNotEmpty` otherwise.
+  /// Removes an empty folder. Throws `FolderNotEmpty` where it holds anything, and `InvalidLocation` for a file.
   void removeFolder(const StorageIRI& location) const { doRemoveFolder(location); }
   /// Removes a folder with all it holds, never following links; see
-  /// `ExtendedFeature::RecursiveFolderRemoval`. Entries removed before a failure stay removed.
+  /// `ExtendedFeature::RecursiveFolderRemoval`. Entries removed before a failure stay removed. Throws
+  /// `InvalidLocation` for a file.
   void removeFolderRecursively(const StorageIRI& location) const { doRemoveFolderRecursively(location); }
 
   // --- Moving and copying within this store ---
 
-  /// Moves a file to the location `destination` (not into it). Throws `UnsupportedOperation` where the store
-  /// cannot move between the two.
+  /// Moves a file to the location `destination` (not into it), where `policy` says what becomes of a file that is
+  /// there. Throws, with the location at fault,
+  /// - `ResourceAlreadyExists` where a file is at the destination and the policy keeps it;
+  /// - `InvalidLocation` where a folder is at either;
+  /// - `ResourceNotFound` where there is no source, or no folder for the destination;
+  /// - `UnsupportedOperation` where the store cannot move between the two.
   void moveFile(const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy) const {
     doMoveFile(source, destination, policy);
   }
-  /// Moves a folder to the location `destination` (not into it). Throws `InvalidLocation` with the
-  /// destination where that lies inside the source.
+  /// Moves a folder with all it holds to the location `destination` (not into it), where `policy` says what becomes of
+  /// an empty folder that is there. Throws as `moveFile`, with files and folders exchanged, and `FolderNotEmpty` where
+  /// the folder that is to be replaced holds anything, `InvalidLocation` with the destination where that lies inside
+  /// the source.
   void moveFolder(const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy) const;
-  /// Copies a file's content. Throws `ResourceAlreadyExists` with the destination where a file is there and
-  /// the policy keeps it, and `InvalidLocation` where it is the source. After a failure the destination may
-  /// be incomplete.
+  /// Copies a file's content, and what else the back end says; links are followed. Throws `ResourceAlreadyExists` with
+  /// the destination where a file is there and the policy keeps it, and `InvalidLocation` where it is the source. After
+  /// a failure the destination may be incomplete.
   void copyFile(const StorageIRI& source, const StorageIRI& destination, const ReplacementPolicy& policy) const {
     doCopyFile(source, destination, policy);
   }
   /// Copies a file so that the destination is either untouched or whole, asking the callback between
-  /// steps whether to go on; see `ExtendedFeature::AtomicFileCopy`.
+  /// steps whether to go on; see `ExtendedFeature::AtomicFileCopy`. Throws as `copyFile`.
+  /// @param interruptCallback  may be empty
+  /// @return `Aborted` where the callback ended the copy
   TransactionStatus copyFileAtomic(const StorageIRI& source, const StorageIRI& destination,
                                    const ReplacementPolicy& policy, const InterruptCallback& interruptCallback) const {
     return doCopyFileAtomic(source, destination, policy, interruptCallback);
@@ -221,15 +248,23 @@ class FOUNDATION_EXPORT IProvider {
 
   // --- Attributes ---
 
+  /// What is known of a file, or of a folder. Links are followed, but for `isSymlink()`. Throws `ResourceNotFound`
+  /// where nothing is there, and `InvalidLocation` where it is the other kind.
+  /// @{
   FileAttributes getFileAttributes(const StorageIRI& location) const { return doGetFileAttributes(location); }
   FolderAttributes getFolderAttributes(const StorageIRI& location) const { return doGetFolderAttributes(location); }
+  /// @}
+  /// Further attributes of a file or folder; none where the store has none.
   ExtendedAttributes getExtendedAttributes(const StorageIRI& location) const {
     return doGetExtendedAttributes(location);
   }
-  /// @param time  UTC
+  /// Sets when a file or folder was last modified.
+  /// @param time  UTC; what is no point in time is refused
   void setLastModified(const StorageIRI& location, const boost::posix_time::ptime& time) const {
     doSetLastModified(location, time);
   }
+  /// Lets a file be written, or a folder's entries be changed, or forbids it: whoever tries then is refused with
+  /// `PermissionDenied`, as far as the store binds this user.
   void setWritable(const StorageIRI& location, bool writable) const { doSetWritable(location, writable); }
   /// Cuts a file off, or fills it up with zeros. A failure may leave a file that has grown in part, and, by
   /// the default, a scratch file whose name is this one's and a UUID.
@@ -261,24 +296,35 @@ class FOUNDATION_EXPORT IProvider {
   }
 
   // --- Listings ---
-  //
-  // `wildcard` limits a listing to the names that match it, if the back end has wildcards; the empty one
-  // limits nothing. Listings of names only may give entries without attributes.
 
+  /// The entries of a folder: all of them, the files or the folders. Those of names only may give entries without
+  /// attributes. Throws `ResourceNotFound` where nothing is there, and `InvalidLocation` for a file; at once, or when
+  /// the walk begins.
+  /// @param wildcard  limits the listing to the names that match it, if the back end has wildcards
+  ///                  (`Capability::Wildcards`); the empty one limits nothing
+  /// @{
   Listing listAll(const StorageIRI& location, std::u16string wildcard) const;
   Listing listFiles(const StorageIRI& location, std::u16string wildcard) const;
   Listing listFolders(const StorageIRI& location, std::u16string wildcard) const;
   Listing listAllNamesOnly(const StorageIRI& location, std::u16string wildcard) const;
   Listing listFilesNamesOnly(const StorageIRI& location, std::u16string wildcard) const;
   Listing listFoldersNamesOnly(const StorageIRI& location, std::u16string wildcard) const;
-  /// All entries of the whole subtree, each named by its path relative to `location`.
+  /// @}
+  /// All entries of the whole subtree, each named by its path relative to `location`, a folder before what it holds;
+  /// links to folders are not descended into. Throws as `listAll`, and `UnsupportedOperation` where the store has no
+  /// recursive listings.
+  /// @param wildcard  as for `listAll`; of a path, the last name counts
+  /// @{
   Listing listAllRecursive(const StorageIRI& location, std::u16string wildcard) const;
   Listing listAllRecursiveNamesOnly(const StorageIRI& location, std::u16string wildcard) const;
+  /// @}
 
   // --- Change events ---
 
-  /// Publishes the store's own change events. Throws `ChangeEventsNotSupportedException` where it has
-  /// none, `ChangeEventsSubscriptionException` where subscribing failed.
+  /// Publishes the store's own change events, of those kinds, until they are stopped. Throws
+  /// `ChangeEventsNotSupportedException` where it has none, `ChangeEventsSubscriptionException` where subscribing
+  /// failed. The callback runs on a thread of the provider's; what it must not do, the back end says.
+  /// @{
   void publishFileEventsFor(const StorageIRI& location, const ChangeCallback& callback,
                             const std::vector<events::Kind>& kinds) const {
     doPublishFileEventsFor(location, callback, kinds);
@@ -287,10 +333,12 @@ class FOUNDATION_EXPORT IProvider {
                               const std::vector<events::Kind>& kinds, RecursiveFileWatching recursion) const {
     doPublishFolderEventsFor(location, callback, kinds, recursion);
   }
+  /// @}
   /// Ends the subscription of the folder that holds the file: that is where file events come from.
   void stopPublishingFileEventsFor(const StorageIRI& location) const {
     doStopPublishingEventsFor(location.getParent());
   }
+  /// Ends the subscriptions of the folder, and of files in it; does nothing where there are none.
   void stopPublishingFolderEventsFor(const StorageIRI& location) const { doStopPublishingEventsFor(location); }
   /// Publishes changes found by listing the folder every `period`; see `PollingChangeEventsDetector` for when,
   /// and `SingleFolderChangePoller` for what. One thread looks after all folders of a provider, and the first
@@ -311,16 +359,21 @@ class FOUNDATION_EXPORT IProvider {
 
   // --- About the store ---
 
+  /// Whether the provider has an operation that not all have.
   bool hasFeature(const ExtendedFeature& feature) const { return doHasFeature(feature); }
+  /// What compares names and paths as the store does at `location`.
   PathComparator getPathComparator(const StorageIRI& location) const { return doGetPathComparator(location); }
   /// The one location that stands for all locations of the same file or folder.
   StorageIRI getCanonicalLocation(const StorageIRI& location) const { return doGetCanonicalLocation(location); }
+  /// How names at `location` treat upper and lower case.
   FilenameSensitivity getFilenameSensitivity(const StorageIRI& location) const {
     return doGetFilenameSensitivity(location);
   }
+  /// How big and how full the store is that `location` is in. Throws `UnsupportedOperation` where it does not tell.
   ProviderStorageInfo getProviderStorageInfo(const StorageIRI& location) const {
     return doGetProviderStorageInfo(location);
   }
+  /// How much room the provider's cache has left, if it has one.
   ProviderCacheUsage getProviderCacheUsage(const StorageIRI& location) const {
     return doGetProviderCacheUsage(location);
   }

@@ -15,6 +15,7 @@ class FOUNDATION_EXPORT PathViewIterator
     : public boost::iterator_facade<PathViewIterator, const boost::basic_string_view<char16_t>,
                                     boost::forward_traversal_tag, boost::basic_string_view<char16_t>> {
  public:
+  /// The form of texts here.
   using StringView = boost::basic_string_view<char16_t>;
 
   /// The end.

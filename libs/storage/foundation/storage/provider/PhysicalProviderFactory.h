@@ -26,6 +26,7 @@ class ProviderFactoryImpl;
 /// any number of threads.
 class FOUNDATION_EXPORT PhysicalProviderFactory {
  public:
+  /// With no provider yet, and no configuration.
   PhysicalProviderFactory();
   PhysicalProviderFactory(const PhysicalProviderFactory&) = default;
   PhysicalProviderFactory& operator=(const PhysicalProviderFactory&) = default;

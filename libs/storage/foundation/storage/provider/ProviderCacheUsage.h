@@ -13,6 +13,7 @@ class FOUNDATION_EXPORT ProviderCacheUsage {
   /// In bytes; absent where it is not known or there is no cache.
   std::optional<std::uint64_t> getSpaceAvailable() const { return spaceAvailable_; }
 
+  /// @return this object
   ProviderCacheUsage& withSpaceAvailable(std::uint64_t bytes) {
     spaceAvailable_ = bytes;
     return *this;

@@ -13,6 +13,7 @@ namespace foundation::storage::provider {
 /// stream's.
 class FOUNDATION_EXPORT SafeByteStream final : public ByteStream {
  public:
+  /// @param inner  does the work; not null
   SafeByteStream(std::unique_ptr<ByteStream> inner, bool readable, bool writable);
   ~SafeByteStream() override;
 

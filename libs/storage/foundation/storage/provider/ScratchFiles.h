@@ -9,8 +9,10 @@
 #include <string>
 #include <string_view>
 
+/// @file
 /// Scratch files: where transactions write until they commit. A program that ends in the middle of one, by a
 /// crash for instance, leaves its scratch file behind.
+
 namespace foundation::storage::provider {
 
 /// A name for a scratch file that nobody has used before: ".", a random UUID (RFC 4122, version 4) in lower

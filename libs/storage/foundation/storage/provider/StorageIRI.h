@@ -43,9 +43,10 @@ class StorageIRIImpl;
 class FOUNDATION_EXPORT StorageIRI {
  public:
   /// Parses `iri`, an absolute IRI (RFC 3987) in UTF-16.
-  /// Throws `foundation::network::IRISyntaxException` where it is no IRI, and
-  /// `AnonymousInternalException<std::runtime_error>` where it has no scheme, or is of the form
-  /// scheme:text without being a location in at most 64 containers.
+  /// @throws network::IRISyntaxException  it is no IRI
+  /// @throws std::runtime_error           (an `IException`, too) it has no scheme, or is of the form scheme:text
+  /// without
+  ///                                      being a location in at most 64 containers
   explicit StorageIRI(std::u16string iri);
 
   /// The same from a parsed IRI.
@@ -62,8 +63,8 @@ class FOUNDATION_EXPORT StorageIRI {
   /// @param scheme  of the container, such as u"zip"
   /// @param inner   where the container lives
   /// @param path    inside the container, absolute, not escaped
-  /// Throws `network::IRISyntaxException` where `scheme` is no scheme, and
-  /// `AnonymousInternalException<std::runtime_error>` where `inner` has no path or lies in 64 containers.
+  /// @throws network::IRISyntaxException  `scheme` is no scheme
+  /// @throws std::runtime_error           (an `IException`, too) `inner` has no path or lies in 64 containers
   StorageIRI(const std::u16string& scheme, const StorageIRI& inner, std::u16string path);
 
   StorageIRI(const StorageIRI&) = default;
@@ -72,6 +73,7 @@ class FOUNDATION_EXPORT StorageIRI {
   StorageIRI& operator=(StorageIRI&&) noexcept = default;
   ~StorageIRI() = default;
 
+  /// As it was written, without the ':'; that of a location in a container is the container's.
   std::u16string getScheme() const;
 
   /// Decoded. Throws `std::logic_error` for a location in a container, which has none.
@@ -81,6 +83,7 @@ class FOUNDATION_EXPORT StorageIRI {
 
   /// Decoded; of a location in a container, the path inside it.
   const std::u16string& getPath() const;
+  /// Whether the path is not empty.
   bool hasPath() const;
   /// A view over `getPath()`, valid while a copy of this location lives.
   PathView getPathView() const;
@@ -88,24 +91,26 @@ class FOUNDATION_EXPORT StorageIRI {
   const std::u16string& getName() const;
 
   /// The folder that holds this location, inside the same container. A hierarchical or container
-  /// parent's path keeps its trailing '/'. Throws `AnonymousInternalException<std::logic_error>` where
-  /// there is none: for the root, and for a location without a path. A drive's root, "C:/", has no parent
-  /// by `hasParent()`, but gives "/", under which all drives hang.
+  /// parent's path keeps its trailing '/'. Throws a `std::logic_error` (an `IException`, too) where there
+  /// is none: for the root, and for a location without a path. A drive's root, "C:/", has no parent by
+  /// `hasParent()`, but gives "/", under which all drives hang.
   StorageIRI getParent() const;
   /// False at the root.
   bool hasParent() const;
 
-  /// The location of the container. Throws `AnonymousInternalException<std::logic_error>` unless
-  /// `hasInnerIRI()`.
+  /// The location of the container. Throws a `std::logic_error` (an `IException`, too) unless `hasInnerIRI()`.
   StorageIRI getInnerIRI() const;
-  bool hasInnerIRI() const;
   /// Whether this is a location in a container.
+  /// @{
+  bool hasInnerIRI() const;
   bool isOpaque() const;
+  /// @}
 
   /// The text, as written; non-ASCII characters stay visible.
   const std::u16string& toString() const;
   /// The text with every non-ASCII character as percent-encoded UTF-8.
   const std::u16string& toAsciiString() const;
+  /// The parsed form of `toString()`.
   network::IRI toIRI() const;
 
   /// The path for the local file system, in native form; a host makes it a network path
@@ -142,6 +147,7 @@ class FOUNDATION_EXPORT StorageIRI {
   /// segment by segment. A strict weak order within each kind; see `operator==` for mixtures.
   bool operator<(const StorageIRI& other) const;
 
+  /// Swaps the values; no location is copied, and references from accessors stay valid.
   friend void swap(StorageIRI& a, StorageIRI& b) noexcept { a.impl_.swap(b.impl_); }
 
  private:
@@ -167,6 +173,7 @@ FOUNDATION_EXPORT std::ostream& operator<<(std::ostream& out, const StorageIRI& 
 /// For `std::unordered_map` and the like.
 template <>
 struct std::hash<foundation::storage::provider::StorageIRI> {
+  /// `location.hashValue()`.
   std::size_t operator()(const foundation::storage::provider::StorageIRI& location) const {
     return location.hashValue();
   }

@@ -9,14 +9,14 @@ namespace foundation::storage::provider {
 
 /// Whether a copy may show at its destination before it is whole.
 enum class TransactionPolicy : std::int32_t {
-  NonAtomic = 0,
-  Atomic = 1,
+  NonAtomic = 0,  ///< it may, and a copy that fails or is interrupted may leave a part
+  Atomic = 1,     ///< it does not: the destination is what it was, or whole
 };
 
 /// How a copy that may be interrupted ended.
 enum class TransactionStatus : std::int32_t {
-  Completed = 0,
-  Aborted = 1,
+  Completed = 0,  ///< the destination is whole
+  Aborted = 1,    ///< the callback ended it
 };
 
 /// Writes "TransactionPolicy::Atomic" and the like; nothing for any other number.

@@ -26,9 +26,12 @@ class FOUNDATION_EXPORT TransactionalStream : private boost::noncopyable {
  public:
   virtual ~TransactionalStream();
 
+  /// As `ByteStream`'s of the same name, on what is being written.
+  /// @{
   std::int64_t read(char* buffer, std::int64_t count) { return doRead(buffer, count); }
   std::int64_t write(const char* buffer, std::int64_t count) { return doWrite(buffer, count); }
   std::streampos seek(std::int64_t offset, int origin) { return doSeek(offset, origin); }
+  /// @}
 
   /// Ends the transaction. Closing again, with whatever policy, does nothing. Where it throws, the
   /// transaction is still open and may be closed again.

@@ -21,10 +21,13 @@ namespace detail {
 class FolderSnapshot;
 }
 
-/// Lists a folder, or its whole subtree, for a poll.
+/// What a poll asks of a store: lists a folder or its whole subtree, tells a file's or a folder's attributes. They
+/// throw `Exception` with `ErrorCode::ResourceNotFound` where that is gone.
+/// @{
 using ListFolder = std::function<std::unique_ptr<IFolderEntryIterator>(StorageIRI)>;
 using FetchFileAttributes = std::function<FileAttributes(StorageIRI)>;
 using FetchFolderAttributes = std::function<FolderAttributes(StorageIRI)>;
+/// @}
 
 /// Watches one folder by looking: keeps what was there, compares it on each check with what is there now, and
 /// publishes the differences, oldest knowledge first:

@@ -14,7 +14,8 @@ class FOUNDATION_EXPORT IFlushableFilesystem {
   IFlushableFilesystem& operator=(const IFlushableFilesystem&) = default;
   virtual ~IFlushableFilesystem();
 
-  /// Hands over all changes made so far; throws what the back end throws.
+  /// Hands over all changes made so far; throws what the back end throws. Any number of threads may call it, also while
+  /// other operations run.
   void flushFilesystem() { doFlushFilesystem(); }
 
  private:

@@ -6,6 +6,7 @@ namespace foundation::storage::provider {
 class StorageIRI;
 }
 
+/// What a provider may offer beside `IProvider`.
 namespace foundation::storage::provider::extensions {
 
 /// A provider that remembers what it has seen and can be told that some of it may be stale. A back end
@@ -18,7 +19,8 @@ class FOUNDATION_EXPORT IInvalidatable {
   IInvalidatable& operator=(const IInvalidatable&) = default;
   virtual ~IInvalidatable();
 
-  /// Forgets what is known of `location` and below; throws what the back end throws.
+  /// Forgets what is known of `location` and below; throws what the back end throws. Any number of threads may call it,
+  /// also while other operations run.
   void invalidate(const StorageIRI& location) { doInvalidate(location); }
 
  private:
