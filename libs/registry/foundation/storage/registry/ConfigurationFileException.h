@@ -19,8 +19,11 @@ class FOUNDATION_EXPORT ConfigurationFileException : public core::except::IInter
   ConfigurationFileException(std::filesystem::path file, unsigned long line, const std::string& reason);
   ~ConfigurationFileException() override;
 
+  /// What the constructor was given.
+  /// @{
   const std::filesystem::path& getFile() const noexcept { return file_; }
   unsigned long getLine() const noexcept { return line_; }
+  /// @}
 
   /// "FILE:LINE: reason", without the line where there is none.
   const char* what() const noexcept override { return std::runtime_error::what(); }

@@ -22,6 +22,7 @@ namespace foundation::storage::registry {
 /// All operations may be called by any number of threads.
 class FOUNDATION_EXPORT FilterFactory {
  public:
+  /// With no provider yet, and no options.
   FilterFactory();
   FilterFactory(const FilterFactory&) = delete;
   FilterFactory& operator=(const FilterFactory&) = delete;
@@ -41,6 +42,7 @@ class FOUNDATION_EXPORT FilterFactory {
   void configure(boost::property_tree::ptree configuration);
 
  private:
+  /// Builds a provider, never null; `inner` is not null.
   virtual std::shared_ptr<provider::IProvider> doBuildProvider(std::shared_ptr<provider::IProvider> inner,
                                                                const std::u16string& prefix) const = 0;
   /// Default: false. Override `doConfigure` along with it.

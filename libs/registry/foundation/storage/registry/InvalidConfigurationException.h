@@ -17,8 +17,10 @@ class FOUNDATION_EXPORT InvalidConfigurationException : public core::except::IIn
   InvalidConfigurationException(std::string key, const std::string& reason);
   ~InvalidConfigurationException() override;
 
+  /// What the constructor was given.
   const std::string& getKey() const noexcept { return key_; }
 
+  /// The name and the reason, in UTF-8.
   const char* what() const noexcept override { return std::invalid_argument::what(); }
 
  private:

@@ -17,8 +17,10 @@ class FOUNDATION_EXPORT InvalidRegistrationException : public core::except::IInt
   InvalidRegistrationException(std::u16string name, const std::string& reason);
   ~InvalidRegistrationException() override;
 
+  /// What the constructor was given.
   const std::u16string& getName() const noexcept { return name_; }
 
+  /// The name and the reason, in UTF-8.
   const char* what() const noexcept override { return std::invalid_argument::what(); }
 
  private:

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+/// From the text of a location to an item, by schemes and filters.
 namespace foundation::storage::registry {
 
 namespace detail {
@@ -43,18 +44,18 @@ class FOUNDATION_EXPORT ProviderRegistry {
   ~ProviderRegistry();
 
   // --- Registration ---
-  //
-  // Names are schemes (RFC 3986, section 3.1) without '+'. All three throw `InvalidRegistrationException` for any
-  // other name, for one that is registered in whatever role, and for a factory that is null.
 
-  /// Serves the locations of `scheme` that are in no container.
+  /// Serves the locations of `scheme` that are in no container. Throws `InvalidRegistrationException` where the
+  /// factory is null, or the name is no scheme (RFC 3986, section 3.1), holds a '+', or is registered already in
+  /// whatever role.
   /// @param capabilities  for `registrations` to tell; nothing here goes by them
   void addPhysical(const std::u16string& scheme, std::shared_ptr<provider::PhysicalProviderFactory> factory,
                    provider::Capabilities capabilities = {});
-  /// Serves the locations "SCHEME:INNER!/path", on top of the item of INNER.
+  /// Serves the locations "SCHEME:INNER!/path", on top of the item of INNER. Throws as `addPhysical`.
   void addContainer(const std::u16string& scheme, std::shared_ptr<provider::ContainerProviderFactory> factory,
                     provider::Capabilities capabilities = {});
-  /// Serves the locations whose scheme begins with "PREFIX+", on top of the provider of what follows.
+  /// Serves the locations whose scheme begins with "PREFIX+", on top of the provider of what follows. Throws as
+  /// `addPhysical`.
   void addFilter(const std::u16string& prefix, std::shared_ptr<FilterFactory> filter);
 
   /// What is registered, by name.
@@ -77,8 +78,10 @@ class FOUNDATION_EXPORT ProviderRegistry {
   ///
   /// What factories and filters throw passes through; a factory may throw for options that it was given before it
   /// had a provider that could refuse them.
+  /// @{
   provider::StorageItem item(const std::u16string& text) const;
   provider::StorageItem item(const provider::StorageIRI& location) const;
+  /// @}
 
   // --- Configuration and end ---
 

@@ -17,10 +17,11 @@ enum class Role : std::int32_t {
 /// A name that a `ProviderRegistry` knows.
 struct Registration {
   std::u16string name;  ///< in lower case
-  Role role;
+  Role role;            ///< what the name stands for
   /// What the back end says that it can do, where that was told; of a filter nothing, that depends on what is below.
   provider::Capabilities capabilities = {};
 
+  /// Whether all three are the same.
   bool operator==(const Registration&) const = default;
 };
 

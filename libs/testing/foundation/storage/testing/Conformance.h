@@ -39,6 +39,7 @@ struct BackEnd {
   std::string name;  ///< of letters and digits; begins the tests' names
   /// Makes an empty folder in a working store, apart from all others that exist.
   std::function<Place()> makeEmptyFolder;
+  /// What the store can do; all else is checked to be refused.
   Capabilities capabilities;
   /// The reason for each check that is not to be run, by its name as "Group.Check".
   std::map<std::string, std::string> deviations = {};

@@ -14,10 +14,10 @@ namespace foundation::storage::testing {
 
 /// A change event as a callback gets it.
 struct ChangeEvent {
-  events::Kind kind;
-  provider::StorageIRI watched;
-  provider::StorageIRI subject;
-  events::EntryType type;
+  events::Kind kind;             ///< what happened
+  provider::StorageIRI watched;  ///< the folder
+  provider::StorageIRI subject;  ///< the entry concerned
+  events::EntryType type;        ///< that entry's
 };
 
 /// Keeps the change events that arrive, and lets a test wait for them:
@@ -30,10 +30,13 @@ struct ChangeEvent {
 /// Any number of threads may use it. Callbacks keep what they write to, so that they may outlive the recorder.
 class FOUNDATION_EXPORT EventRecorder {
  public:
+  /// In the order of their arrival.
   using Events = std::vector<ChangeEvent>;
 
+  /// With no events.
   EventRecorder();
 
+  /// What keeps the events that it is called with.
   provider::ChangeCallback callback() const;
 
   /// Waits until an event has arrived of which `isWanted` is true.

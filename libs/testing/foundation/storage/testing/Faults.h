@@ -31,12 +31,14 @@ class FOUNDATION_EXPORT Faults {
   /// In place of a call's number: all calls.
   static constexpr std::size_t every = 0;
 
+  /// With nothing planned.
   Faults();
   ~Faults();
   Faults(const Faults&) = delete;
   Faults& operator=(const Faults&) = delete;
 
   /// Makes a call fail: with `Exception` and the location, or with the stream's failure.
+  /// @param call  the number of that call, or `every`
   void fail(Operation operation, std::size_t call, provider::ErrorCode code, FaultMoment moment = FaultMoment::Before);
   /// The same, counted over all operations.
   void failAny(std::size_t call, provider::ErrorCode code, FaultMoment moment = FaultMoment::Before);
@@ -51,8 +53,11 @@ class FOUNDATION_EXPORT Faults {
   /// Forgets the plan, what was called and what has failed. Not streams that are still open.
   void clear();
 
+  /// How many calls there were, of all operations or of one.
+  /// @{
   std::size_t countCalls() const;
   std::size_t countCalls(Operation operation) const;
+  /// @}
   /// How many calls were made to fail, those included that a delay ended before.
   std::size_t countFailures() const;
   /// Streams and transactions that exist; 0 where nothing has leaked.
@@ -64,9 +69,9 @@ class FOUNDATION_EXPORT Faults {
 
   /// What is to happen to one call.
   struct Verdict {
-    std::optional<provider::ErrorCode> failure;
-    FaultMoment moment = FaultMoment::Before;
-    std::optional<std::int64_t> mostBytes;
+    std::optional<provider::ErrorCode> failure;  ///< with this code, if at all
+    FaultMoment moment = FaultMoment::Before;    ///< of that failure
+    std::optional<std::int64_t> mostBytes;       ///< that a read or write may move; none: as many as asked for
   };
 
   /// Notes a call and waits where it is to be delayed.
@@ -76,6 +81,7 @@ class FOUNDATION_EXPORT Faults {
   /// Counts a stream from its opening until it is destroyed.
   class FOUNDATION_EXPORT OpenStream {
    public:
+    /// @param faults  outlives this object
     explicit OpenStream(Faults& faults);
     ~OpenStream();
     OpenStream(const OpenStream&) = delete;

@@ -12,6 +12,7 @@ namespace foundation::storage::testing {
 /// several threads where the inner provider is.
 class FOUNDATION_EXPORT PrimitiveProvider final : public provider::IProvider {
  public:
+  /// @param inner  does the work; not null
   explicit PrimitiveProvider(std::shared_ptr<provider::IProvider> inner);
   ~PrimitiveProvider() override;
 

@@ -5,6 +5,7 @@
 #include <foundation/storage/provider/Capability.h>
 #include <foundation/storage/provider/ContainerProviderFactory.h>
 
+/// What archives hold, as stores.
 namespace foundation::storage::backend::archive {
 
 /// Makes providers of what archives hold, wherever the archives are kept; in archives, too:
@@ -69,6 +70,7 @@ namespace foundation::storage::backend::archive {
 /// be called by any number of threads.
 class FOUNDATION_EXPORT ArchiveProviderFactory : public provider::ContainerProviderFactory {
  public:
+  /// @param format  what every container is taken for, whatever its name
   explicit ArchiveProviderFactory(ArchiveFormat format);
   ~ArchiveProviderFactory() override;
   ArchiveProviderFactory(const ArchiveProviderFactory&) = default;

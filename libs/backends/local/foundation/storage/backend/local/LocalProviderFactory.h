@@ -4,6 +4,7 @@
 #include <foundation/storage/provider/Capability.h>
 #include <foundation/storage/provider/PhysicalProviderFactory.h>
 
+/// The local file system as a store.
 namespace foundation::storage::backend::local {
 
 /// Makes the provider of the local file system, which serves locations of the scheme `file` without a
@@ -74,6 +75,7 @@ namespace foundation::storage::backend::local {
 /// - Each folder below costs one of the kernel's watches (fs.inotify.max_user_watches); without recursion, where
 ///   `EntryModified` is wanted, each direct one. So do links then, and the folders on the way to the watched one. Where
 ///   there are no more, subscribing fails; a folder that is made later only lacks events from within.
+/// - A folder, and each file in it, has one subscription: another one changes nothing while that lasts.
 /// - When the watched folder is removed or moved, the subscription ends with `WatchedFolderRemoved`. For a single file
 ///   that folder is its parent; its times are not told.
 ///
@@ -82,6 +84,7 @@ namespace foundation::storage::backend::local {
 /// "location" the text of the location, which a stream's failure does not carry otherwise.
 class FOUNDATION_EXPORT LocalProviderFactory : public provider::PhysicalProviderFactory {
  public:
+  /// With the options as they are by default.
   LocalProviderFactory();
   ~LocalProviderFactory() override;
   LocalProviderFactory(const LocalProviderFactory&) = default;

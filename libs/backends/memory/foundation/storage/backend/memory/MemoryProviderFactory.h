@@ -4,6 +4,7 @@
 #include <foundation/storage/provider/Capability.h>
 #include <foundation/storage/provider/PhysicalProviderFactory.h>
 
+/// Stores in memory.
 namespace foundation::storage::backend::memory {
 
 /// Makes providers of stores in memory: for a program's own unit tests, and wherever files are needed that
@@ -33,6 +34,7 @@ namespace foundation::storage::backend::memory {
 /// Every failure has a context with the key "memory", whose info says why in words.
 class FOUNDATION_EXPORT MemoryProviderFactory : public provider::PhysicalProviderFactory {
  public:
+  /// With no store yet; copies of a factory share their stores.
   MemoryProviderFactory();
   ~MemoryProviderFactory() override;
   MemoryProviderFactory(const MemoryProviderFactory&) = default;

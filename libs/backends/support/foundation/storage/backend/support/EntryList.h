@@ -12,6 +12,7 @@ namespace foundation::storage::backend::support {
 /// A listing of entries that are all there from the beginning.
 class FOUNDATION_EXPORT EntryList final : public provider::IFolderEntryIterator {
  public:
+  /// In the order in which they are listed.
   using Entries = std::vector<provider::FolderEntry>;
 
   /// @param list  gives the entries; called at once, and again by `reset()`. What it throws, they throw.

@@ -13,12 +13,15 @@ namespace foundation::storage::backend::support {
 /// they are asked for: all at once they could take far more memory than the tree.
 class FOUNDATION_EXPORT EntryTree final : public provider::IFolderEntryIterator {
  public:
+  /// In place of an index: the listed folder itself.
   static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
+  /// One entry of the subtree.
   struct Item {
     provider::FolderEntry entry;  ///< with its name alone
     std::size_t folder = none;    ///< the index of the entry that holds it; none in the listed folder itself
   };
+  /// In the order in which they are listed.
   using Items = std::vector<Item>;
 
   /// @param list  gives the entries, each behind the folder that holds it; called at once, and again by `reset()`. What

@@ -12,6 +12,7 @@ namespace foundation::storage::backend::support {
 /// The entries of another listing whose names match a wildcard; of a path, the last name.
 class FOUNDATION_EXPORT FilteredListing final : public provider::IFolderEntryIterator {
  public:
+  /// @param inner  not null; read as this listing is walked
   FilteredListing(std::unique_ptr<provider::IFolderEntryIterator> inner, Wildcard wildcard);
   ~FilteredListing() override;
 

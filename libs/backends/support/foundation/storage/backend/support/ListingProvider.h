@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+/// What back ends have in common; optional for those who write one.
 namespace foundation::storage::backend::support {
 
 /// All listings of a provider out of one operation, for back ends that list everything in the same way:

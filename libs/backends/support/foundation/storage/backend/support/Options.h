@@ -19,14 +19,16 @@ namespace foundation::storage::backend::support {
 ///     capacity_ = capacity.value_or(unlimited);   // only now, so that a refused tree changes nothing
 class FOUNDATION_EXPORT Options {
  public:
+  /// @param tree  the options by name, as `IConfigurableProvider::configure` gets them
   explicit Options(boost::property_tree::ptree tree);
   ~Options();
 
-  /// A number of bytes: decimal digits. Nothing where the option is not given. Throws
-  /// `InvalidOptionException` for any other value.
+  /// A number of bytes: decimal digits. Nothing where the option is not given. Throws `InvalidOptionException` for any
+  /// other value, for an option that has options of its own, and for one that is given twice.
   std::optional<std::uint64_t> takeBytes(const std::string& key);
-  /// "true" or "false".
+  /// "true" or "false"; otherwise as `takeBytes`.
   std::optional<bool> takeFlag(const std::string& key);
+  /// Any text, in UTF-8; otherwise as `takeBytes`.
   std::optional<std::string> takeText(const std::string& key);
 
   /// Throws `InvalidOptionException` where the tree holds an option that was not taken.

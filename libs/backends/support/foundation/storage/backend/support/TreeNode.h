@@ -15,6 +15,7 @@ namespace foundation::storage::backend::support {
 template <class Node>
 class TreeNode {
  public:
+  /// Nodes by their names; none is null.
   using Children = std::map<std::u16string, std::unique_ptr<Node>>;
 
   TreeNode() = default;

@@ -9,8 +9,7 @@ namespace foundation::storage::backend::support {
 /// Visits what lies below a folder, a folder before what it holds; without recursion, as trees may be deep.
 /// @tparam Folder  has `children`: a map from names to owning pointers of the same type
 /// @param visit    gets the path relative to the folder, the name, the node, and how deep it lies: 0 for what the
-/// folder
-///                 itself holds
+///                 folder itself holds
 template <class Folder, class Visit>
 void visitBelow(Folder& folder, bool isRecursive, const Visit& visit) {
   struct Level {
