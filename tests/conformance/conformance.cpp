@@ -2,16 +2,20 @@
 
 #include "ArchiveStore.h"
 #include "MemoryStore.h"
+#include "Summary.h"
 #include "support/Permissions.h"
 
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/local/LocalProviderFactory.h>
 #include <foundation/storage/provider/LocalPath.h>
+#include <foundation/storage/registry/DefaultRegistry.h>
 #include <foundation/storage/testing/Conformance.h>
 
 #include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 #include <string>
 
@@ -75,6 +79,10 @@ std::vector<BackEnd> ourBackEnds() {
 
 int main(int argc, char** argv) {
   using namespace foundation::storage::testing;
+  if (argc == 2 && std::strcmp(argv[1], "--summary") == 0) {
+    Summary(foundation::storage::registry::makeDefaultRegistry().registrations()).write(std::cout);
+    return 0;
+  }
   obeyPermissions();
   std::setlocale(LC_CTYPE, "C.UTF-8");  // libarchive, which makes archives here, converts names by it
   return runConformance(argc, argv, ourBackEnds());
