@@ -1,5 +1,5 @@
 // A program's own code and its tests. Stores in memory need no temporary folders and no clean-up: each begins empty, is
-// as small as the test says, and goes with the registry that it came from.
+// as small as the test says, and is gone with its last item.
 
 #include <foundation/storage/provider/ByteStreamDevice.h>
 #include <foundation/storage/provider/Exception.h>
@@ -21,8 +21,9 @@ bool backUp(const StorageItem& file) {
 // [code]
 
 void write(const StorageItem& file, const std::string& text) {
-  auto stream = file.openStream({});
-  boost::iostreams::stream<ByteStreamDevice>(ByteStreamDevice(stream)) << text;
+  const auto stream = file.openStream({});
+  ASSERT_EQ(stream->write(text.data(), std::ssize(text)), std::ssize(text));
+  stream->close();
 }
 
 std::string read(const StorageItem& file) {
