@@ -94,6 +94,7 @@ prints archived nested "zip:$here/save.zip!/a"
 
 prints '1 Write to Ben' note "$here/notes" 'Write to Ben'
 prints $'1 Write to Ben\n2 \xff' note "$here/notes" $'\xff'
+fails 'note: file:///dev/full: No space left on device: iostream error' note file:///dev/full text
 fails "note: $here/folder: Is a directory: iostream error" note "$here/folder" text
 
 # --- pack, nested -----------------------------------------------------------------------------------

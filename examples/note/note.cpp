@@ -18,9 +18,9 @@ using ByteIOStream = boost::iostreams::stream<provider::ByteStreamDevice>;
 // [write]
 void add(const provider::StorageItem& file, const std::string& line) {
   auto stream = file.openStream({.truncate = provider::ByteStreamTruncate::PreserveExisting});
-  ByteIOStream out{provider::ByteStreamDevice(stream)};
+  ByteIOStream out{provider::ByteStreamDevice(stream), 0};  // without a buffer, in which a failure could be lost
   out.exceptions(std::ios::badbit | std::ios::failbit);
-  out << line << '\n' << std::flush;  // to close alone would not tell of a failure to write
+  out << line + '\n';
   out.close();
 }
 // [write]
