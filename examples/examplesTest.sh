@@ -9,7 +9,7 @@ sources=$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")
 readonly programs sources
 readonly limit=(timeout 30) # nothing here may hang
 
-work=$(mktemp -d -t examples-test.XXXXXXXX) && work=$(realpath -- "$work") && cd "$work" || exit 1
+work=$(TMPDIR=/tmp mktemp -d -t examples-test.XXXXXXXX) && work=$(realpath -- "$work") && cd "$work" || exit 1
 trap 'rm -rf -- "$work"' EXIT
 readonly here=file://$work
 
