@@ -114,13 +114,27 @@ fails "pack: $here/none: No such file or directory: iostream error" pack "zip:$h
 head -c 9000000 /dev/urandom >big
 run copy "$here/big" "zip:$here/save.zip!/big"
 same 0 "$code" 'the exit code of copy'
-same $'4194304 of 9000000 bytes\n8388608 of 9000000 bytes\n9000000 of 9000000 bytes' "$err" 'the progress of copy'
+same $'4194304 bytes are copied\n8388608 bytes are copied\n9000000 bytes are copied' "$err" 'the progress of copy'
 run copy "zip:$here/save.zip!/big" "$here/big-again"
 same 0 "$code" 'the exit code of copy'
 same '' "$(cmp big big-again 2>&1)" 'the copy of the copy'
 fails "copy: $here/none: ErrorCode::ResourceNotFound" copy "$here/none" "$here/big-again"
 run copy "$here/big" "$here/none/big"
 same 1 "$code" 'the exit code of a copy into nowhere'
+
+# Ctrl-C, in a copy that cannot end before: what it says is not read any further.
+mkdir stopped && echo kept >stopped/file && mkfifo said
+truncate -s 100G huge
+"$programs/example-copy" "$here/huge" "$here/stopped/file" 2>said &
+exec {lines}<said
+IFS= read -r line <&"$lines"
+same '4194304 bytes are copied' "$line" 'the progress of a huge copy'
+kill -INT "$!"
+cat <&"$lines" >/dev/null
+wait "$!"
+same 130 $? 'the exit code of a copy that was stopped'
+exec {lines}<&-
+same 'file kept' "$(cd stopped && shopt -s dotglob && echo * "$(<file)")" 'what a copy that was stopped leaves'
 
 # --- watch ------------------------------------------------------------------------------------------
 

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <csignal>
 #include <iostream>
+#include <limits>
 
 namespace provider = foundation::storage::provider;
 
@@ -21,10 +22,11 @@ volatile std::sig_atomic_t isInterrupted = 0;
 // [copy]
 /// @return whether the copy was completed
 bool copy(const provider::StorageItem& from, const provider::StorageItem& to) {
-  const auto size = from.getFileAttributes().getSize();
+  const auto known = from.getFileAttributes();
+  const auto size = known.hasSizeAttribute() ? known.getSize() : std::numeric_limits<std::uint64_t>::max();
   const auto progress = [size, copied = std::uint64_t(0)]() mutable {  // called after each block of 4 MiB
     copied = std::min(size, copied + 4 * 1024 * 1024);
-    std::cerr << copied << " of " << size << " bytes\n";
+    std::cerr << copied << " bytes are copied\n";
     return isInterrupted ? provider::InterruptSignal::Abort : provider::InterruptSignal::Continue;
   };
   const auto status = from.copyFile(to, {.replacementPolicy = provider::ReplacementPolicy::Overwrite,
