@@ -15,7 +15,8 @@ using namespace foundation::storage::provider;
 bool backUp(const StorageItem& file) {
   if (!file.fileExists())
     return false;
-  file.copyFile({file.getParent(), file.getName() + u".bak"}, ReplacementPolicy::Overwrite);
+  const StorageItem copy(file.getParent(), file.getName() + u".bak");
+  file.copyFile(copy, {ReplacementPolicy::Overwrite, TransactionPolicy::Atomic});
   return true;
 }
 // [code]
