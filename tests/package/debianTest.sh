@@ -30,7 +30,7 @@ for name in "${names[@]}"; do
   [[ $(inside --status "$name") == *'install ok installed'* ]] || fail "$name is not installed"
 done
 [[ $(/sbin/ldconfig -r "$root" -p) == *libfoundation-storage.so.0* ]] || fail 'the loader would not find the libraries'
-for way in command find-package pkg-config; do
+for way in command find-package readme pkg-config; do
   printf '%s\n' "-- $way"
   bash "$here/packageTest.sh" "$way" "$root/usr" --system
 done

@@ -2,6 +2,7 @@
 # Uses the library as others do, each way from an empty folder.
 #
 #     packageTest.sh find-package PREFIX              by CMake, where it is installed
+#     packageTest.sh readme PREFIX                    as README says, with what it says pasted
 #     packageTest.sh pkg-config PREFIX                by pkg-config, where it is installed
 #     packageTest.sh add-subdirectory SOURCE          by CMake, as a part of another project
 #     packageTest.sh command PREFIX                   the command, its manual page and its completion
@@ -10,7 +11,8 @@
 # they would find those of the system.
 set -euo pipefail
 unset CMAKE_PREFIX_PATH PKG_CONFIG_PATH LD_LIBRARY_PATH CXXFLAGS LDFLAGS
-consumer=$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")/consumer
+source=$(readlink -f -- "$(dirname -- "${BASH_SOURCE[0]}")/../..")
+consumer=$source/tests/package/consumer
 way=$1
 place=$(realpath -e -- "$2")
 work=$(mktemp -d -t foundation-package.XXXXXXXX)
@@ -52,6 +54,17 @@ case $way in
     grep -q 'no component Cloud' error || fail "$(<error)"
     sed -i 's/0.1 REQUIRED .*/9.0 REQUIRED)/' CMakeLists.txt
     ! cmake -B other -DCMAKE_PREFIX_PATH="$place" 2>/dev/null || fail 'a version was found that there is not'
+    ;;
+  readme)
+    for file in program.cpp:cpp CMakeLists.txt:cmake; do
+      awk -v start="^\`\`\`${file#*:}$" '$0 ~ start {inside = 1; next} inside && /^```/ {exit} inside' \
+        "$source/README.md" >"${file%:*}"
+    done
+    (($(wc -l <program.cpp) <= 15)) || fail 'the program in README has more than 15 lines'
+    CMAKE_PREFIX_PATH=$place cmake -B build
+    cmake --build build
+    build/program | sort >listed
+    find /etc -mindepth 1 -maxdepth 1 -printf 'file:///etc/%f\n' | sort | diff - listed
     ;;
   pkg-config)
     folder=$(dirname -- "$(found pkgconfig/foundation-storage.pc)")

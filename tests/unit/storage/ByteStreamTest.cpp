@@ -128,5 +128,30 @@ TEST_F(ByteStreams, TransactionalDeviceCommitsUnlessToldToAbort) {
                                   "StreamClosePolicy::Abort", "StreamClosePolicy::Commit"}));
 }
 
+TEST_F(ByteStreams, TransactionalDeviceCommitsNothingThatWasNotAllWritten) {
+  const struct {
+    const char* what;
+    std::int64_t mostPerWrite;
+    const char* failing;
+    const char* end;
+  } cases[] = {
+      {"all taken", 100, "", "StreamClosePolicy::Commit"},
+      {"a part of the last buffer", 4, "", "StreamClosePolicy::Abort"},
+      {"a failure on the last buffer", 100, "write 6", "StreamClosePolicy::Abort"},
+  };
+  for (const auto& [what, mostPerWrite, failing, end] : cases) {
+    SCOPED_TRACE(what);
+    script_->mostPerWrite = mostPerWrite;
+    script_->failing = failing;
+    std::unique_ptr<TransactionalStream> stream = std::make_unique<RecordingTransaction>(open(), script_);
+    boost::iostreams::stream<TransactionalStreamDevice> file{TransactionalStreamDevice(stream)};
+    file.exceptions(std::ios::badbit | std::ios::failbit);
+    file << "abcdef";
+    const auto thrown = test::textThrownBy<std::exception>([&] { file.close(); });
+    EXPECT_EQ(thrown == "nothing was thrown", end == std::string("StreamClosePolicy::Commit")) << thrown;
+    EXPECT_EQ(script_->take(), (Log{"write 6", end, "gone"}));
+  }
+}
+
 }  // namespace
 }  // namespace foundation::storage::provider

@@ -2,15 +2,18 @@
 
 #include <foundation/core/Export.h>
 #include <foundation/storage/provider/ByteStream.h>
+#include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/provider/TransactionalStream.h>
 
 #include <boost/iostreams/categories.hpp>
 #include <boost/shared_ptr.hpp>
+#include <boost/smart_ptr/make_shared_object.hpp>
 
 #include <cstdint>
 #include <ios>
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 namespace foundation::storage::provider {
 
@@ -20,6 +23,12 @@ namespace foundation::storage::provider {
 ///
 /// A device is copied freely; copies share one stream and its position, and the stream is destroyed
 /// with the last of them.
+///
+/// A Boost stream with a buffer (every one but those whose last argument is 0) does not tell where a plain stream takes
+/// only a part of what is left when it is closed, or fails to take it. Where that matters, on a store that may fill up
+/// say, do without the buffer:
+///
+///     boost::iostreams::stream<ByteStreamDevice> out(ByteStreamDevice(stream), 0);
 template <class Stream>
 class GenericByteStreamDevice {
  public:
@@ -30,29 +39,49 @@ class GenericByteStreamDevice {
   /// @}
 
   /// Takes the stream over; `stream` is empty afterwards.
-  explicit GenericByteStreamDevice(std::unique_ptr<Stream>& stream) : stream_(stream.release()) {}
+  explicit GenericByteStreamDevice(std::unique_ptr<Stream>& stream)
+      : shared_(boost::make_shared<Shared>(std::move(stream))) {}
 
   /// As the stream's own.
-  std::int64_t read(char* buffer, std::int64_t count) const { return stream_->read(buffer, count); }
+  std::int64_t read(char* buffer, std::int64_t count) const { return stream().read(buffer, count); }
   /// As the stream's own.
-  std::int64_t write(const char* buffer, std::int64_t count) const { return stream_->write(buffer, count); }
+  std::int64_t write(const char* buffer, std::int64_t count) const {
+    shared_->isShort = true;
+    const auto written = stream().write(buffer, count);
+    shared_->isShort = written < count;
+    return written;
+  }
   /// As the stream's own.
-  std::streampos seek(std::int64_t offset, int origin) const { return stream_->seek(offset, origin); }
+  std::streampos seek(std::int64_t offset, int origin) const { return stream().seek(offset, origin); }
 
   /// Closes the stream. A transactional stream is committed: see `TransactionalStreamDevice`.
   void close() const {
     if constexpr (std::is_same_v<Stream, TransactionalStream>)
-      stream_->close(StreamClosePolicy::Commit);
+      commit();
     else
-      stream_->close();
+      stream().close();
   }
 
  protected:
   /// The stream; valid as long as a copy of the device.
-  Stream& stream() const { return *stream_; }
+  Stream& stream() const { return *shared_->stream; }
 
  private:
-  boost::shared_ptr<Stream> stream_;
+  struct Shared {
+    explicit Shared(std::unique_ptr<Stream> taken) : stream(std::move(taken)) {}
+
+    const std::unique_ptr<Stream> stream;
+    bool isShort = false;  ///< the last write has failed, or left something over
+  };
+
+  void commit() const {
+    if (!shared_->isShort)
+      return stream().close(StreamClosePolicy::Commit);
+    stream().close(StreamClosePolicy::Abort);
+    throw ByteStreamCloseFailure("Not all was written, so nothing is committed.", ErrorCode::IOError);
+  }
+
+  boost::shared_ptr<Shared> shared_;
 };
 
 /// The device over a plain stream.
@@ -61,9 +90,9 @@ class FOUNDATION_EXPORT ByteStreamDevice : public GenericByteStreamDevice<ByteSt
   using GenericByteStreamDevice<ByteStream>::GenericByteStreamDevice;
 };
 
-/// The device over a transactional stream. Closing it commits, and a Boost stream closes its device in
-/// its destructor, also while an exception unwinds. So abort within the life of the Boost stream, where
-/// writing fails; the close that follows then does nothing:
+/// The device over a transactional stream. Closing it commits, and a Boost stream closes its device in its destructor,
+/// also while an exception unwinds. So abort within the life of the Boost stream, where writing fails; the close that
+/// follows then does nothing:
 ///
 ///     TransactionalStreamDevice device(stream);
 ///     boost::iostreams::stream<TransactionalStreamDevice> out(device);
@@ -75,6 +104,9 @@ class FOUNDATION_EXPORT ByteStreamDevice : public GenericByteStreamDevice<ByteSt
 ///       device.close(StreamClosePolicy::Abort);
 ///       throw;
 ///     }
+///
+/// Where the last write failed, or took less than it was given, as the last one of a buffer may unnoticed, closing
+/// without a policy aborts and throws a `ByteStreamCloseFailure` (`IOError`).
 class FOUNDATION_EXPORT TransactionalStreamDevice : public GenericByteStreamDevice<TransactionalStream> {
  public:
   using GenericByteStreamDevice<TransactionalStream>::GenericByteStreamDevice;

@@ -22,58 +22,71 @@ class ListingProvider : public Base {
   using typename Base::Listing;
 
  private:
-  using StorageIRI = provider::StorageIRI;
-  using EntryType = provider::FolderEntry::EntryType;
-
   /// The listing of a folder; throws where there is none.
-  virtual Listing list(const StorageIRI& location, const ListingScope& scope) const = 0;
+  virtual Listing list(const provider::StorageIRI& location, const ListingScope& scope) const = 0;
 
   /// The same, by the names that match. Default: takes the case of letters into account.
-  virtual Listing listMatching(const StorageIRI& location, const ListingScope& scope,
+  virtual Listing listMatching(const provider::StorageIRI& location, const ListingScope& scope,
                                const std::u16string& wildcard) const {
     return std::make_unique<FilteredListing>(list(location, scope), Wildcard(wildcard));
   }
 
-  static constexpr ListingScope all{};
-  static constexpr ListingScope files{.only = EntryType::File};
-  static constexpr ListingScope folders{.only = EntryType::Folder};
-  static constexpr ListingScope allNames{.givesAttributes = false};
-  static constexpr ListingScope fileNames{.only = EntryType::File, .givesAttributes = false};
-  static constexpr ListingScope folderNames{.only = EntryType::Folder, .givesAttributes = false};
-  static constexpr ListingScope tree{.isRecursive = true};
-  static constexpr ListingScope treeNames{.isRecursive = true, .givesAttributes = false};
+  // Under one name, so that subclasses may use all others for what is theirs.
+  struct Scopes {
+    using EntryType = provider::FolderEntry::EntryType;
+    static constexpr ListingScope all{};
+    static constexpr ListingScope files{.only = EntryType::File};
+    static constexpr ListingScope folders{.only = EntryType::Folder};
+    static constexpr ListingScope allNames{.givesAttributes = false};
+    static constexpr ListingScope fileNames{.only = EntryType::File, .givesAttributes = false};
+    static constexpr ListingScope folderNames{.only = EntryType::Folder, .givesAttributes = false};
+    static constexpr ListingScope tree{.isRecursive = true};
+    static constexpr ListingScope treeNames{.isRecursive = true, .givesAttributes = false};
+  };
 
-  Listing doListAll(const StorageIRI& location) const override { return list(location, all); }
-  Listing doListAllWildcards(const StorageIRI& location, std::u16string wildcard) const override {
-    return listMatching(location, all, wildcard);
+  Listing doListAll(const provider::StorageIRI& location) const override { return list(location, Scopes::all); }
+  Listing doListAllWildcards(const provider::StorageIRI& location, std::u16string wildcard) const override {
+    return listMatching(location, Scopes::all, wildcard);
   }
-  Listing doListFiles(const StorageIRI& location) const override { return list(location, files); }
-  Listing doListFilesWildcards(const StorageIRI& location, std::u16string wildcard) const override {
-    return listMatching(location, files, wildcard);
+  Listing doListFiles(const provider::StorageIRI& location) const override { return list(location, Scopes::files); }
+  Listing doListFilesWildcards(const provider::StorageIRI& location, std::u16string wildcard) const override {
+    return listMatching(location, Scopes::files, wildcard);
   }
-  Listing doListFolders(const StorageIRI& location) const override { return list(location, folders); }
-  Listing doListFoldersWildcards(const StorageIRI& location, std::u16string wildcard) const override {
-    return listMatching(location, folders, wildcard);
+  Listing doListFolders(const provider::StorageIRI& location) const override { return list(location, Scopes::folders); }
+  Listing doListFoldersWildcards(const provider::StorageIRI& location, std::u16string wildcard) const override {
+    return listMatching(location, Scopes::folders, wildcard);
   }
-  Listing doListAllNamesOnly(const StorageIRI& location) const override { return list(location, allNames); }
-  Listing doListAllNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override {
-    return listMatching(location, allNames, wildcard);
+  Listing doListAllNamesOnly(const provider::StorageIRI& location) const override {
+    return list(location, Scopes::allNames);
   }
-  Listing doListFoldersNamesOnly(const StorageIRI& location) const override { return list(location, folderNames); }
-  Listing doListFoldersNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override {
-    return listMatching(location, folderNames, wildcard);
+  Listing doListAllNamesOnlyWildcards(const provider::StorageIRI& location, std::u16string wildcard) const override {
+    return listMatching(location, Scopes::allNames, wildcard);
   }
-  Listing doListFilesNamesOnly(const StorageIRI& location) const override { return list(location, fileNames); }
-  Listing doListFilesNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override {
-    return listMatching(location, fileNames, wildcard);
+  Listing doListFoldersNamesOnly(const provider::StorageIRI& location) const override {
+    return list(location, Scopes::folderNames);
   }
-  Listing doListAllRecursive(const StorageIRI& location) const override { return list(location, tree); }
-  Listing doListAllRecursiveWildcards(const StorageIRI& location, std::u16string wildcard) const override {
-    return listMatching(location, tree, wildcard);
+  Listing doListFoldersNamesOnlyWildcards(const provider::StorageIRI& location,
+                                          std::u16string wildcard) const override {
+    return listMatching(location, Scopes::folderNames, wildcard);
   }
-  Listing doListAllRecursiveNamesOnly(const StorageIRI& location) const override { return list(location, treeNames); }
-  Listing doListAllRecursiveNamesOnlyWildcards(const StorageIRI& location, std::u16string wildcard) const override {
-    return listMatching(location, treeNames, wildcard);
+  Listing doListFilesNamesOnly(const provider::StorageIRI& location) const override {
+    return list(location, Scopes::fileNames);
+  }
+  Listing doListFilesNamesOnlyWildcards(const provider::StorageIRI& location, std::u16string wildcard) const override {
+    return listMatching(location, Scopes::fileNames, wildcard);
+  }
+  Listing doListAllRecursive(const provider::StorageIRI& location) const override {
+    return list(location, Scopes::tree);
+  }
+  Listing doListAllRecursiveWildcards(const provider::StorageIRI& location, std::u16string wildcard) const override {
+    return listMatching(location, Scopes::tree, wildcard);
+  }
+  Listing doListAllRecursiveNamesOnly(const provider::StorageIRI& location) const override {
+    return list(location, Scopes::treeNames);
+  }
+  Listing doListAllRecursiveNamesOnlyWildcards(const provider::StorageIRI& location,
+                                               std::u16string wildcard) const override {
+    return listMatching(location, Scopes::treeNames, wildcard);
   }
 };
 
