@@ -116,6 +116,8 @@ TEST_F(ConfigurationTest, NamesFileAndLineOfWhatItCannotRead) {
            {file("broken.info", "memory {\n  capacity 10\n}\n}\n"), 4},
            {file("broken.json", "{\n\"memory\": {\n\"capacity\": 10,\n}\n}"), 4},
            {file("empty.json", ""), 1},
+           {file("deep.info", std::string(20'000, '{')), 0},
+           {file("deep.json", std::string(20'000, '[')), 0},
            {file("good.xml", ""), 0},
            {file("good", ""), 0},
            {folder / "missing.info", 0},

@@ -188,6 +188,30 @@ TEST_F(ProviderRegistryTest, ShutsDownAllEvenIfOneFails) {
   EXPECT_FALSE(registry.item(u"z:///x") == before) << "a new one";
 }
 
+TEST_F(ProviderRegistryTest, ShutsDownFiltersThatAreInUseFromTheOutside) {
+  class Noted final : public FilterFactory {
+   public:
+    explicit Noted(std::vector<std::u16string>& ended) : ended_(ended) {}
+
+   private:
+    std::shared_ptr<IProvider> doBuildProvider(std::shared_ptr<IProvider> inner,
+                                               const std::u16string& prefix) const override {
+      const auto faults = std::make_shared<testing::Faults>();
+      faults->delay(testing::Operation::Shutdown, 1, [this, prefix] { ended_.push_back(prefix); });
+      return std::make_shared<testing::FaultyProvider>(std::move(inner), faults);
+    }
+    std::vector<std::u16string>& ended_;
+  };
+  std::vector<std::u16string> ended;
+  for (const auto* prefix : {u"a", u"z"})
+    registry.addFilter(prefix, std::make_shared<Noted>(ended));
+  const auto held = registry.item(u"z+a+memory:///x");
+  registry.item(u"a+memory://gone/x");
+  registry.shutdown();
+  EXPECT_EQ(ended, (std::vector<std::u16string>{u"z", u"a"}));
+  EXPECT_FALSE(registry.item(u"z+a+memory:///x") == held) << "a new one";
+}
+
 TEST_F(ProviderRegistryTest, ServesManyThreadsAtOnce) {
   holder.createFile();
   const auto held = registry.item(u"readonly+memory:///o.box");

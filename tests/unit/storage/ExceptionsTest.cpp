@@ -96,6 +96,23 @@ TEST(ByteStreamFailure, IsAStandardFailureOfItsOperation) {
   expect(ByteStreamCloseFailure(ErrorCode::NoSpaceLeft), "ByteStreamCloseFailure");
 }
 
+TEST(Exceptions, AreAssignedWithTheirText) {
+  const auto expect = [](auto failure, const auto& other) {
+    const std::string before = failure.what();  // which is kept from now on
+    const auto& itself = failure;
+    failure = itself;
+    EXPECT_EQ(failure.what(), before);
+    failure = other;
+    EXPECT_EQ(failure.getStorageIRI(), other.getStorageIRI());
+    EXPECT_STREQ(failure.what(), other.what());
+    EXPECT_NE(failure.what(), before);
+  };
+  const StorageIRI elsewhere(u"t:///");
+  expect(Exception(ErrorCode::IOError, location), Exception(ErrorCode::FileTooLarge, elsewhere));
+  expect(ChangeEventsNotSupportedException(location), ChangeEventsNotSupportedException(elsewhere));
+  expect(ChangeEventsSubscriptionException(location), ChangeEventsSubscriptionException(elsewhere));
+}
+
 /// Throws `original` in one thread and hands what boost::current_exception() makes of it to eight more,
 /// which change what they get.
 template <class Failure>

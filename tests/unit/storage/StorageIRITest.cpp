@@ -227,9 +227,10 @@ TEST(StorageIRI, ResolvesDotSegmentsOnDemand) {
 
 TEST(StorageIRI, ComparesAsciiTexts) {
   const StorageIRI sorted[] = {
-      StorageIRI(u"S:///a"),        StorageIRI(u"s://"),   StorageIRI(u"s:///"),     StorageIRI(u"s:///%61"),
-      StorageIRI(u"s:///ä"),        StorageIRI(u"s:///a"), StorageIRI(u"s:///a/"),   StorageIRI(u"s:///a/b"),
-      StorageIRI(u"s:///a/b/../b"), StorageIRI(u"s:///b"), StorageIRI(u"s:///z!/a"), StorageIRI(u"s:s:///z!/a"),
+      StorageIRI(u"S:///a"), StorageIRI(u"s://"),        StorageIRI(u"s:///"),           StorageIRI(u"s:///%61"),
+      StorageIRI(u"s:///ä"), StorageIRI(u"s:///\u9999"), StorageIRI(u"s:///\U00010400"), StorageIRI(u"s:///\U00010401"),
+      StorageIRI(u"s:///a"), StorageIRI(u"s:///a/"),     StorageIRI(u"s:///a/b"),        StorageIRI(u"s:///a/b/../b"),
+      StorageIRI(u"s:///b"), StorageIRI(u"s:///z!/a"),   StorageIRI(u"s:s:///z!/a"),
   };
   for (std::size_t i = 0; i < std::size(sorted); ++i)
     for (std::size_t j = 0; j < std::size(sorted); ++j) {

@@ -60,6 +60,8 @@ TEST(TransactionalStream, LogsAnAbortThatFailedTwiceWithoutPasswords) {
   };
   EXPECT_EQ(recordsOfDropping(2, wrap),
             (Messages{failed, "Exception caught: upload, because of: ErrorCode::IOError at s://ann:***@host/a"}));
+  EXPECT_EQ(recordsOfDropping(2, [] { throw 7; }),
+            (Messages{failed, "Exception caught: an exception of unknown type"}));
   const auto others = recordsOfDropping(2, [] { throw std::runtime_error("something else"); });
   ASSERT_EQ(others.size(), 2u);
   EXPECT_NE(others[1].find("something else"), std::string::npos);

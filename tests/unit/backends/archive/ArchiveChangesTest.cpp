@@ -4,10 +4,15 @@
 #include "support/TarBuilder.h"
 #include "support/ZipBuilder.h"
 
+#include <foundation/storage/backend/support/InvalidOptionException.h>
+#include <foundation/storage/provider/ByteStreamFailure.h>
 #include <foundation/storage/testing/FaultyProvider.h>
 
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <cstdlib>
+#include <functional>
 #include <sys/resource.h>
 
 namespace foundation::storage::backend::archive {
@@ -171,22 +176,26 @@ TEST(ArchiveChangesTest, GoesOnWhenTheStoreFailsWhileTheArchiveIsWritten) {
   }
 }
 
-/// As many descriptors as a process may have, for as long as this lives.
-class FewDescriptors {
+/// As much of something as a process may have (getrlimit(2)), for as long as this lives.
+class Limited {
  public:
-  explicit FewDescriptors(rlim_t most) {
-    getrlimit(RLIMIT_NOFILE, &before_);
+  using Resource = decltype(RLIMIT_NOFILE);
+  Limited(Resource resource, rlim_t most) : resource_(resource) {
+    getrlimit(resource_, &before_);
     const rlimit few{most, before_.rlim_max};
-    setrlimit(RLIMIT_NOFILE, &few);
+    setrlimit(resource_, &few);
   }
-  ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+  ~Limited() { setrlimit(resource_, &before_); }
+  Limited(const Limited&) = delete;
+  Limited& operator=(const Limited&) = delete;
 
  private:
+  const Resource resource_;
   rlimit before_{};
 };
 
 TEST(ArchiveChangesTest, KeepsMoreLargeFilesThanThereAreDescriptors) {
-  const FewDescriptors few(64);
+  const Limited few(RLIMIT_NOFILE, 64);
   const PlacedArchive archive(ArchiveFormat::Zip, "");
   const std::string large(1 << 20, 'x');
   for (int at = 0; at < 80; ++at)
@@ -194,6 +203,154 @@ TEST(ArchiveChangesTest, KeepsMoreLargeFilesThanThereAreDescriptors) {
   archive.root().flushFilesystem();
   for (int at = 0; at < 80; ++at)
     ASSERT_TRUE(wholeContent(archive.at(std::to_string(at))) == large + std::to_string(at)) << at;
+}
+
+/// The code of the failure of a stream that gets `bytes`.
+std::optional<ErrorCode> codeOfWriting(const StorageItem& item, const std::string& bytes) {
+  const auto stream = item.openStream({});
+  try {
+    stream->write(bytes.data(), static_cast<std::int64_t>(bytes.size()));
+    stream->close();
+  } catch (const ByteStreamWriteFailure& failure) {
+    EXPECT_NE(std::string(failure.what()).find(fl::i18n::to_string(item.getLocation().toString())), std::string::npos);
+    return failure.getErrorCode();
+  }
+  return std::nullopt;
+}
+
+/// Large files wait in a temporary file until the archive is written.
+TEST(ArchiveChangesTest, LosesNothingWhereThereIsNoRoomForTemporaryFiles) {
+  const std::string small(1000, 's'), large(5 << 20, 'x');
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  const PlacedArchive archive(ArchiveFormat::Zip, zip({file("kept")}));
+  write(archive.at("before"), small);
+  std::optional<ErrorCode> whenFull;
+  {
+    const Limited full(RLIMIT_FSIZE, 2 << 20);
+    whenFull = codeOfWriting(archive.at("large"), large);
+  }
+  std::signal(SIGXFSZ, before);
+  EXPECT_EQ(whenFull, ErrorCode::NoSpaceLeft);
+  EXPECT_EQ(wholeContent(archive.at("large")), "");
+  archive.at("large").truncateToSize(3 << 20);
+  EXPECT_TRUE(wholeContent(archive.at("large")) == std::string(3 << 20, '\0')) << "it shows what has failed";
+  const auto expected = contentsOf(archive);
+  EXPECT_EQ(expected.at("before"), small);
+  archive.root().flushFilesystem();
+  EXPECT_TRUE(contentsOf(archive.placedAnew()) == expected);
+}
+
+TEST(ArchiveChangesTest, NeedsAFolderForTemporaryFilesOnlyForLargeOnes) {
+  const char* const set = std::getenv("TMPDIR");
+  const auto before = set != nullptr ? std::optional<std::string>(set) : std::nullopt;
+  const PlacedArchive archive(ArchiveFormat::Zip, zip({file("kept")}));
+  setenv("TMPDIR", "/no/such/folder", 1);
+  const auto ofSmall = codeOfWriting(archive.at("small"), "s");
+  const auto ofLarge = codeOfWriting(archive.at("large"), std::string(2 << 20, 'x'));
+  before ? setenv("TMPDIR", before->c_str(), 1) : unsetenv("TMPDIR");
+  EXPECT_EQ(ofSmall, std::nullopt);
+  EXPECT_EQ(ofLarge, ErrorCode::IOError);
+  EXPECT_EQ(contentsOf(archive), (Contents{{"kept", "x"}, {"large", ""}, {"small", "s"}}));
+}
+
+TEST(ArchiveChangesTest, CopiesNoEntryOfAnArchiveThatIsWrittenMeanwhile) {
+  const PlacedArchive archive(ArchiveFormat::Zip, zip({file("first"), {.name = "a", .content = "content"}}));
+  const auto target = archive.at("b");
+  const auto copy = [&](const std::function<void()>& meanwhile) {
+    return laws::archiveFailureAt(locationOf(target), [&] {
+      archive.at("a").copyFile(target, {ReplacementPolicy::Overwrite, TransactionPolicy::Atomic, [&] {
+                                          meanwhile();
+                                          return InterruptSignal::Continue;
+                                        }});
+    });
+  };
+  EXPECT_EQ(copy([&] {
+              archive.at("first").removeFile();
+              archive.root().flushFilesystem();
+            }),
+            ErrorCode::ResourceInUse);
+  EXPECT_EQ(contentsOf(archive), (Contents{{"a", "content"}}));
+  EXPECT_EQ(copy([] {}), std::nullopt);
+  EXPECT_EQ(contentsOf(archive), (Contents{{"a", "content"}, {"b", "content"}}));
+}
+
+TEST(ArchiveChangesTest, ChangesNothingThatIsNotWritable) {
+  const auto bytes = zip({folder("top/"),
+                          {.name = "top/locked/", .mode = 040555},
+                          folder("top/locked/empty/"),
+                          file("top/locked/file"),
+                          file("other"),
+                          {.name = "only-read", .content = "x", .mode = 0100444}});
+  const PlacedArchive archive(ArchiveFormat::Zip, bytes);
+  using I = const StorageItem&;
+  constexpr auto over = ReplacementPolicy::Overwrite;
+  const auto other = archive.at("other");
+  const struct {
+    const char* path;  ///< of what is refused
+    std::function<void(I)> change;
+  } cases[] = {
+      {"top/locked/new", [](I item) { item.createFile(); }},
+      {"top/locked/new", [](I item) { item.createFolder(); }},
+      {"top/locked/file", [](I item) { item.removeFile(); }},
+      {"top/locked/empty", [](I item) { item.removeFolder(); }},
+      {"top", [](I item) { item.removeFolderRecursively(); }},
+      {"top/locked/file", [&](I item) { item.moveFile(locationOf(archive.at("moved")), over); }},
+      {"top/locked/other", [&](I item) { other.moveFile(locationOf(item), over); }},
+      {"top/locked/other", [&](I item) { other.copyFile(item, over); }},
+      {"only-read", [&](I item) { other.copyFile(item, over); }},
+      {"only-read", [](I item) { item.truncateToSize(0); }},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE(i);
+    const auto item = archive.at(cases[i].path);
+    EXPECT_EQ(laws::archiveFailureAt(locationOf(item), [&] { cases[i].change(item); }), ErrorCode::PermissionDenied);
+  }
+  archive.root().flushFilesystem();
+  EXPECT_EQ(archive.bytes(), bytes) << "there was nothing to write";
+}
+
+TEST(ArchiveChangesTest, TakesNoFolderForAnArchive) {
+  const StorageIRI root(u"memory:///");
+  const StorageItem folder(StorageItem(backend::memory::MemoryProviderFactory().buildProvider(root), root), u"a.zip");
+  folder.createFolder();
+  const StorageItem archive(ArchiveProviderFactory(ArchiveFormat::Zip).buildProvider(folder),
+                            StorageIRI(u"zip", folder.getLocation(), u"/"));
+  const std::function<void()> operations[] = {[&] { archive.listAll(u""); }, [&] { archive.createFolder(); },
+                                              [&] { StorageItem(archive, u"new").createFile(); }};
+  for (const auto& operation : operations)
+    EXPECT_EQ(laws::archiveFailureAt(archive.getLocation(), operation), ErrorCode::InvalidLocation);
+  EXPECT_TRUE(folder.folderExists());
+}
+
+TEST(ArchiveChangesTest, RefusesOptionsThatMakeNoSense) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"commit", "later"}, {"max-ratio", "0"}, {"max-nesting", "0"}, {"max-entries", "many"}, {"speed", "high"}};
+  const PlacedArchive archive(ArchiveFormat::Zip, "");
+  for (const auto& option : cases) {
+    SCOPED_TRACE(option.first);
+    boost::property_tree::ptree options;
+    options.put(option.first, option.second);
+    try {
+      archive.root().configure(options);
+      ADD_FAILURE() << "it is taken";
+    } catch (const support::InvalidOptionException& refused) {
+      EXPECT_EQ(refused.getKey(), option.first);
+    }
+  }
+}
+
+/// A zip has 16 bits for the size of a name.
+TEST(ArchiveChangesTest, TellsWhichNameIsTooLongForAZip) {
+  const PlacedArchive archive(ArchiveFormat::Zip, zip({file("kept")}));
+  const std::string longest(65'535, 'n');
+  write(archive.at(longest), "fits");
+  write(archive.at(longest + "n"), "too long");
+  EXPECT_EQ(laws::archiveFailureAt(locationOf(archive.root()), [&] { archive.root().flushFilesystem(); }),
+            ErrorCode::InvalidLocation);
+  EXPECT_EQ(archive.bytes(), zip({file("kept")}));
+  archive.at(longest + "n").removeFile();
+  archive.root().flushFilesystem();
+  EXPECT_EQ(contentsOf(archive.placedAnew()), (Contents{{"kept", "x"}, {longest, "fits"}}));
 }
 
 TEST(ArchiveChangesTest, GapsInLargeFilesAreZerosWhateverWasThereBefore) {

@@ -196,6 +196,7 @@ TEST(HostileArchiveTest, KindsInZipsDoNotCollide) {
            {"l = file", fineLine}},
           {"a link over a file", zip({file("l"), link("l", "ok"), fine}), {"l -> file = fine", fineLine}},
           {"a pipe", zip({{.name = "p", .mode = 010644}, fine}), {fineLine, "p (special) !UnsupportedOperation"}},
+          {"a folder without a slash", zip({{.name = "a", .mode = 040755}, file("a/b")}), {"a/", "a/b = x"}},
           {"a folder with content", zip({{.name = "a/", .content = "x", .mode = 040755}, fine}), {"a/", fineLine}},
       });
 }

@@ -26,7 +26,8 @@ constexpr int errors[] = {EIO, ENOSPC, EMFILE, EACCES, EINTR};
 
 enum class Target { Untouched, OldOrNew, Any };
 
-/// An operation in a folder that holds `target` ("old"), `source` ("new"), `sparse`, `link`, `tree/sub/file`.
+/// An operation in a folder that holds `target` ("old"), `source` ("new"), `sparse`, `link`, `tree/sub/file` and, in
+/// `tree`, a link and a pipe.
 struct Operation {
   const char* name;
   std::function<void(const StorageItem& folder)> run;
@@ -165,6 +166,8 @@ class FaultTest : public LocalTest, public testing::WithParamInterface<View> {
     fs::create_symlink("target", native("link"));
     fs::create_directories(native("tree/sub"));
     put("tree/sub/file", "x");
+    fs::create_symlink("sub", native("tree/link"));
+    ASSERT_EQ(mkfifo(native("tree/pipe").c_str(), 0600), 0);
     setxattr(native("target").c_str(), "user.test", "kept", 4, 0);  // where the file system can
   }
 

@@ -106,6 +106,31 @@ TEST_F(MoveTest, GivesTheNameBackWhereTheOtherCannotBeReplaced) {
   }
 }
 
+TEST_F(MoveTest, TellsUnderWhichNameTheFileIsWhereItCannotBeGivenBack) {
+  makeHardLinks({"a", "b"});
+  const auto target = child(u"names/b").getLocation();
+  // Only the first rename of a move succeeds, which takes the name aside.
+  const ReplacedCalls replaced(
+      withRename([](int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
+        return std::string_view(from).ends_with(".moved")
+                   ? failWith(EBUSY)
+                   : detail::realSystemCalls.renameat(fromFolder, from, toFolder, to, flags);
+      }));
+  try {
+    child(u"names/a").moveFile(target, ReplacementPolicy::Overwrite);
+    ADD_FAILURE() << "it is moved";
+  } catch (const Exception& failure) {
+    EXPECT_EQ(failure.getErrorCode(), ErrorCode::ResourceInUse);
+    EXPECT_EQ(failure.getStorageIRI(), target);
+    const auto contexts = failure.getAllExceptionContexts();
+    ASSERT_EQ(contexts.size(), 2u);
+    const auto info = contexts.back().getExceptionContextInfo();
+    const StorageIRI left(info->getAdditionalInformation().at(u"location"));
+    EXPECT_EQ(namesIn("names"), (std::vector<std::string>{fl::i18n::to_string(left.getName()), "b"}));
+    EXPECT_EQ(content("names/" + fl::i18n::to_string(left.getName())), "content");
+  }
+}
+
 /// In a sticky folder others' files can neither be replaced nor removed.
 TEST_F(MoveTest, DestroysNothingByOtherWaysToTheSource) {
   put("file", "content");

@@ -1,7 +1,11 @@
 // Bad input: each operation names the location and the reason.
 
+#include "ReplacedCalls.h"
 #include "TemporaryFolder.h"
 
+#include <boost/date_time/posix_time/posix_time_types.hpp>
+
+#include <cerrno>
 #include <functional>
 #include <thread>
 
@@ -90,6 +94,51 @@ TEST_F(RefusalTest, TellsWhatTheSystemSaid) {
     EXPECT_EQ(info->getResponseErrorCode(), u"2");
     EXPECT_EQ(info->getAdditionalInformation().at(u"name"), u"ENOENT");
   }
+}
+
+TEST_F(RefusalTest, TellsWhatMayBeDoneAboutIt) {
+  const std::pair<ErrorCode, std::vector<int>> cases[] = {
+      {ErrorCode::ResourceNotFound, {ENOENT}},
+      {ErrorCode::ResourceAlreadyExists, {EEXIST}},
+      {ErrorCode::PermissionDenied, {EACCES, EPERM}},
+      {ErrorCode::ReadOnlyProvider, {EROFS}},
+      {ErrorCode::InvalidLocation, {ENOTDIR, EISDIR, ENAMETOOLONG, ELOOP, EINVAL}},
+      {ErrorCode::NoSpaceLeft, {ENOSPC, EDQUOT}},
+      {ErrorCode::FileTooLarge, {EFBIG, EOVERFLOW}},
+      {ErrorCode::ResourceInUse, {EBUSY, ETXTBSY, EAGAIN}},
+      {ErrorCode::UnsupportedOperation, {ENOSYS, EOPNOTSUPP}},
+      {ErrorCode::IOError, {EIO, ESTALE, EMLINK}},
+      {ErrorCode::InternalError, {EMFILE, ENFILE, ENOMEM}},
+      {ErrorCode::Unknown, {EXFULL}},
+  };
+  static int error;
+  auto calls = detail::realSystemCalls;
+  calls.mkdirat = [](int, const char*, mode_t) noexcept {
+    errno = error;
+    return -1;
+  };
+  const ReplacedCalls failing(calls);
+  for (const auto& row : cases)
+    for (const int each : row.second) {
+      SCOPED_TRACE(strerrorname_np(each));
+      error = each;
+      EXPECT_EQ(codeThrownAt(child(u"new"), [&] { child(u"new").createFolder(); }), row.first);
+    }
+}
+
+TEST_F(RefusalTest, SetsNoTimeThatIsNotKept) {
+  put("file", "content");
+  const auto file = child(u"file");
+  const auto before = file.getFileAttributes().getLastModified();
+  const boost::posix_time::ptime none, past(boost::gregorian::date(2020, 1, 1));
+  EXPECT_EQ(codeThrownAt(file, [&] { file.setLastModified(none); }), ErrorCode::UnsupportedOperation);
+  auto calls = detail::realSystemCalls;
+  calls.utimensat = [](int, const char*, const timespec*, int) noexcept { return 0; };
+  {
+    const ReplacedCalls forgetful(calls);
+    EXPECT_EQ(codeThrownAt(file, [&] { file.setLastModified(past); }), ErrorCode::UnsupportedOperation);
+  }
+  EXPECT_EQ(file.getFileAttributes().getLastModified(), before);
 }
 
 TEST_F(RefusalTest, RespectsPermissions) {

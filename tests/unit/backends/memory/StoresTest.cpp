@@ -7,6 +7,7 @@
 #include <foundation/storage/testing/Together.h>
 
 #include <atomic>
+#include <functional>
 
 namespace foundation::storage::backend::memory {
 namespace {
@@ -47,6 +48,39 @@ TEST_F(StoresTest, RefusesWhatItDoesNotServe) {
   put(u"a", "");
   EXPECT_EQ(codeThrownAt(other, [&] { child(u"a").moveFile(other.getLocation(), ReplacementPolicy::Overwrite); }),
             ErrorCode::InvalidLocation);
+}
+
+TEST_F(StoresTest, ChangesNothingInFoldersThatAreNotWritable) {
+  child(u"top/locked/empty").createFolderRecursive();
+  put(u"top/locked/file", "x");
+  put(u"other", "y");
+  child(u"top/locked").setWritable(false);
+  using I = const StorageItem&;
+  constexpr auto over = ReplacementPolicy::Overwrite;
+  const struct {
+    const char16_t* name;  ///< of what is refused
+    std::function<void(I)> change;
+  } cases[] = {
+      {u"top/locked/new", [](I item) { item.createFile(); }},
+      {u"top/locked/new", [](I item) { item.createFolder(); }},
+      {u"top/locked/new", [](I item) { item.openStream({}); }},
+      {u"top/locked/file", [](I item) { item.removeFile(); }},
+      {u"top/locked/empty", [](I item) { item.removeFolder(); }},
+      {u"top", [](I item) { item.removeFolderRecursively(); }},
+      {u"top/locked/file", [&](I item) { item.moveFile(child(u"moved").getLocation(), over); }},
+      {u"top/locked/other", [&](I item) { child(u"other").moveFile(item.getLocation(), over); }},
+      {u"top/locked/other", [&](I item) { child(u"other").copyFile(item, over); }},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    SCOPED_TRACE(i);
+    const auto item = child(cases[i].name);
+    EXPECT_EQ(codeThrownAt(item, [&] { cases[i].change(item); }), ErrorCode::PermissionDenied);
+  }
+  EXPECT_EQ(content(u"top/locked/file") + content(u"other"), "xy");
+  EXPECT_FALSE(child(u"top/locked/other").fileExists() || child(u"top/locked/new").fileExists());
+  child(u"top/locked").setWritable(true);
+  child(u"top").removeFolderRecursively();
+  EXPECT_FALSE(child(u"top").folderExists());
 }
 
 TEST_F(StoresTest, CopiesWhatTheCallbackMovesAndRemoves) {
