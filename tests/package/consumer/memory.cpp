@@ -12,8 +12,8 @@ int main() {
   const provider::StorageIRI location(u"memory:///letter");
   const provider::StorageItem letter(backend::memory::MemoryProviderFactory().buildProvider(location), location);
   constexpr std::string_view text = "Dear reader";
-  const auto out = letter.openTransactionalStream({.access = provider::ByteStreamAccess::WriteOnly,
-                                                   .create = provider::ByteStreamCreate::Create});
+  const auto out = letter.openTransactionalStream(
+      {.access = provider::ByteStreamAccess::WriteOnly, .create = provider::ByteStreamCreate::Create});
   out->write(text.data(), text.size());
   out->close(provider::StreamClosePolicy::Commit);
   std::array<char, 100> bytes{};
