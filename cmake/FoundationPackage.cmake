@@ -9,7 +9,9 @@ set(FOUNDATION_PACKAGE_FOLDER "${CMAKE_INSTALL_LIBDIR}/cmake/FoundationStorage")
 # Programs and libraries find each other wherever the whole is moved.
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY "${CMAKE_INSTALL_FULL_BINDIR}"
   OUTPUT_VARIABLE foundation_libraries_from_programs)
-set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${foundation_libraries_from_programs}")
+if(NOT DEFINED CMAKE_INSTALL_RPATH)
+  set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${foundation_libraries_from_programs}")
+endif()
 
 # foundation_install(TARGET ALIAS DESCRIPTION text [PUBLIC lib...] [PRIVATE lib...] [PACKAGES package...])
 function(foundation_install target alias)

@@ -83,6 +83,8 @@ prints '' save "$here/saved/report" 6 <<<'whole'
 content saved/report whole
 fails 'save: the input has another size, or broke off: nothing is saved' save "$here/saved/report" 600 <<<'broken'
 content saved/report whole
+fails 'save: the input has another size, or broke off: nothing is saved' save "$here/saved/report" </
+content saved/report whole
 fails 'save: the input has another size, or broke off: nothing is saved' save "$here/saved/new" 600 <<<'broken'
 same $'a\xff report' "$(cd saved && shopt -s dotglob && echo *)" 'nothing is left of what was not saved'
 fails "save: $here/none/a: No such file or directory: iostream error" save "$here/none/a" <<<'text'

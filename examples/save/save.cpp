@@ -1,8 +1,8 @@
 // Saves standard input as a file that appears whole or not at all. Told how many bytes there should be, it saves
-// nothing where fewer or more arrive: an input that broke off never replaces what is there.
+// nothing where fewer or more arrive. That is for pipes: a program that fails ends them like one that is done.
 //
-//     pg_dump shop | save file:///home/ann/shop.sql
-//     save file:///home/ann/letter.txt 1204 < letter.txt
+//     save file:///home/ann/letter.txt < letter.txt
+//     fetch-letter | save file:///home/ann/letter.txt 1204
 
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/provider/Exception.h>
@@ -39,6 +39,7 @@ void save(std::istream& in, const provider::StorageItem& file, std::int64_t size
 int main(int argc, char** argv) try {
   if (argc < 2)
     throw std::invalid_argument("which file? save LOCATION [SIZE]");
+  std::ios::sync_with_stdio(false);  // otherwise std::cin takes a failure to read for the end
   const auto registry = foundation::storage::registry::makeDefaultRegistry();
   const auto file = registry.item(fl::i18n::to_ustring(argv[1]));
   save(std::cin, file, argc > 2 ? std::stoll(argv[2]) : -1);

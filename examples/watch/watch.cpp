@@ -1,4 +1,5 @@
-// Prints what is added, modified and removed in a folder: that many changes, or without a number until Ctrl-C.
+// Prints what is added, modified and removed in a folder: that many changes (at least one), or without a number until
+// Ctrl-C.
 //
 //     watch file:///home/ann 10
 
@@ -10,6 +11,7 @@
 
 #include <boost/property_tree/ptree.hpp>
 
+#include <algorithm>
 #include <future>
 #include <iostream>
 #include <limits>
@@ -47,7 +49,7 @@ void watch(const provider::StorageItem& folder, long left) {
 int main(int argc, char** argv) try {
   const auto registry = foundation::storage::registry::makeDefaultRegistry();
   const auto folder = registry.item(fl::i18n::to_ustring(argc > 1 ? argv[1] : "file:///"));
-  watch(folder, argc > 2 ? std::stol(argv[2]) : std::numeric_limits<long>::max());
+  watch(folder, argc > 2 ? std::max(1L, std::stol(argv[2])) : std::numeric_limits<long>::max());
 } catch (const provider::Exception& failure) {
   std::cerr << "watch: " << toLogText(failure.getStorageIRI()) << ": " << failure.getErrorCode() << '\n';
   return 1;

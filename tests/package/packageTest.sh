@@ -11,6 +11,7 @@
 # they would find those of the system.
 set -euo pipefail
 unset CMAKE_PREFIX_PATH PKG_CONFIG_PATH LD_LIBRARY_PATH CXXFLAGS LDFLAGS
+export CMAKE_GENERATOR=Ninja
 source=$(readlink -f -- "$(dirname -- "${BASH_SOURCE[0]}")/../..")
 consumer=$source/tests/package/consumer
 way=$1
@@ -32,8 +33,7 @@ expect() { # expect WHAT COMMAND...
 }
 # One place in PREFIX, below lib or lib/ARCHITECTURE.
 found() { find "$place" -path "*/$1" -print -quit | grep .; }
-configure() { cmake -S "$consumer" -B build -G Ninja -DCMAKE_BUILD_TYPE=Debug "$@"; }
-build() { configure "$@" && cmake --build build; }
+configure() { cmake -S "$consumer" -B build -DCMAKE_BUILD_TYPE=Debug "$@"; }
 run_stores() { # run_stores PROGRAM
   printf 'some\nbytes' >source
   expect ErrorCode::ResourceNotFound "$1" "$PWD"
@@ -42,18 +42,22 @@ run_stores() { # run_stores PROGRAM
 
 case $way in
   find-package)
-    build -DCMAKE_PREFIX_PATH="$place" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror"
+    configure -DCMAKE_PREFIX_PATH="$place" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror"
+    cmake --build build
     expect 'Dear reader' build/memory
     run_stores build/stores
     build/kit --gtest_brief=1
     ! ldd build/stores | grep 'libfoundation' | grep -vF "$place" || fail 'these libraries are not the installed ones'
-    # Who asks for what is not there is told so.
+    # Who lacks GoogleTest does without the kit, and who asks for what is not there is told so.
+    configure -DCMAKE_PREFIX_PATH="$place" -DCMAKE_DISABLE_FIND_PACKAGE_GTest=ON
+    cmake --build build --target stores
     printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(wrong LANGUAGES CXX)' \
       'find_package(FoundationStorage 0.1 REQUIRED COMPONENTS Local Cloud)' >CMakeLists.txt
     ! cmake -B wrong -DCMAKE_PREFIX_PATH="$place" 2>error || fail 'a component was found that there is not'
     grep -q 'no component Cloud' error || fail "$(<error)"
     sed -i 's/0.1 REQUIRED .*/9.0 REQUIRED)/' CMakeLists.txt
-    ! cmake -B other -DCMAKE_PREFIX_PATH="$place" 2>/dev/null || fail 'a version was found that there is not'
+    ! cmake -B other -DCMAKE_PREFIX_PATH="$place" 2>error || fail 'a version was found that there is not'
+    grep -q 'compatible with requested version "9.0"' error || fail "$(<error)"
     ;;
   readme)
     for file in program.cpp:cpp CMakeLists.txt:cmake; do
@@ -79,7 +83,8 @@ case $way in
     run_stores ./stores
     ;;
   add-subdirectory)
-    build -DFOUNDATION_SOURCE="$place"
+    configure -DFOUNDATION_SOURCE="$place"
+    cmake --build build --target memory
     expect 'Dear reader' build/memory
     # Nothing of ours gets into what the project installs, unless it asks for it.
     cmake --install build --prefix "$work/prefix"

@@ -153,5 +153,19 @@ TEST_F(ByteStreams, TransactionalDeviceCommitsNothingThatWasNotAllWritten) {
   }
 }
 
+TEST_F(ByteStreams, TransactionalDeviceKeepsInMindThatAWriteFailedUntilItIsClosed) {
+  script_->failing = "write 6";
+  std::unique_ptr<TransactionalStream> stream = std::make_unique<RecordingTransaction>(open(), script_);
+  const TransactionalStreamDevice device(stream);
+  EXPECT_THROW(device.write("abcdef", 6), ByteStreamWriteFailure);
+  EXPECT_EQ(device.write("ghi", 3), 3);
+  EXPECT_THROW(device.close(), ByteStreamCloseFailure);
+  device.close();
+  EXPECT_THROW(device.write("abcdef", 6), ByteStreamWriteFailure);
+  device.close(StreamClosePolicy::Commit);
+  EXPECT_EQ(script_->take(), (Log{"write 6", "write 3", "StreamClosePolicy::Abort", "StreamClosePolicy::Commit",
+                                  "write 6", "StreamClosePolicy::Commit"}));
+}
+
 }  // namespace
 }  // namespace foundation::storage::provider

@@ -43,41 +43,49 @@ class GenericByteStreamDevice {
       : shared_(boost::make_shared<Shared>(std::move(stream))) {}
 
   /// As the stream's own.
-  std::int64_t read(char* buffer, std::int64_t count) const { return stream().read(buffer, count); }
+  std::int64_t read(char* buffer, std::int64_t count) const { return shared_->stream->read(buffer, count); }
   /// As the stream's own.
   std::int64_t write(const char* buffer, std::int64_t count) const {
-    shared_->isShort = true;
-    const auto written = stream().write(buffer, count);
-    shared_->isShort = written < count;
-    return written;
+    try {
+      const auto written = shared_->stream->write(buffer, count);
+      shared_->isShort = written < count;
+      return written;
+    } catch (...) {
+      shared_->hasFailed = true;
+      throw;
+    }
   }
   /// As the stream's own.
-  std::streampos seek(std::int64_t offset, int origin) const { return stream().seek(offset, origin); }
+  std::streampos seek(std::int64_t offset, int origin) const { return shared_->stream->seek(offset, origin); }
 
   /// Closes the stream. A transactional stream is committed: see `TransactionalStreamDevice`.
   void close() const {
     if constexpr (std::is_same_v<Stream, TransactionalStream>)
       commit();
     else
-      stream().close();
+      shared_->stream->close();
   }
 
  protected:
-  /// The stream; valid as long as a copy of the device.
-  Stream& stream() const { return *shared_->stream; }
+  /// Ends a transaction.
+  void end(const StreamClosePolicy& policy) const {
+    shared_->isShort = shared_->hasFailed = false;
+    shared_->stream->close(policy);
+  }
 
  private:
   struct Shared {
     explicit Shared(std::unique_ptr<Stream> taken) : stream(std::move(taken)) {}
 
     const std::unique_ptr<Stream> stream;
-    bool isShort = false;  ///< the last write has failed, or left something over
+    bool isShort = false;    ///< the last write has left something over
+    bool hasFailed = false;  ///< some write has
   };
 
   void commit() const {
-    if (!shared_->isShort)
-      return stream().close(StreamClosePolicy::Commit);
-    stream().close(StreamClosePolicy::Abort);
+    if (!shared_->isShort && !shared_->hasFailed)
+      return end(StreamClosePolicy::Commit);
+    end(StreamClosePolicy::Abort);
     throw ByteStreamCloseFailure("Not all was written, so nothing is committed.", ErrorCode::IOError);
   }
 
@@ -105,15 +113,15 @@ class FOUNDATION_EXPORT ByteStreamDevice : public GenericByteStreamDevice<ByteSt
 ///       throw;
 ///     }
 ///
-/// Where the last write failed, or took less than it was given, as the last one of a buffer may unnoticed, closing
-/// without a policy aborts and throws a `ByteStreamCloseFailure` (`IOError`).
+/// Where a write failed, or the last one took less than it was given, as may that of the last buffer unnoticed, the
+/// first closing without a policy aborts and throws a `ByteStreamCloseFailure` (`IOError`).
 class FOUNDATION_EXPORT TransactionalStreamDevice : public GenericByteStreamDevice<TransactionalStream> {
  public:
   using GenericByteStreamDevice<TransactionalStream>::GenericByteStreamDevice;
   using GenericByteStreamDevice<TransactionalStream>::close;
 
-  /// Ends the transaction, as `TransactionalStream::close`.
-  void close(const StreamClosePolicy& policy) const { stream().close(policy); }
+  /// Ends the transaction, as `TransactionalStream::close`, whatever became of the writing.
+  void close(const StreamClosePolicy& policy) const { end(policy); }
 };
 
 }  // namespace foundation::storage::provider

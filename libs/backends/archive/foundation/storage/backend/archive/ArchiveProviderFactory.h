@@ -41,7 +41,8 @@ namespace foundation::storage::backend::archive {
 /// until the outermost archive is written. Entries that were not changed are taken over as they are, without being
 /// compressed anew where they are in a zip. New content waits in memory; of files from 1 MiB on, and once there are
 /// 128 MiB of it in the process, in an unnamed temporary file.
-/// An archive that somebody else has changed meanwhile is not replaced: the flush fails with `ResourceInUse`.
+/// An archive that somebody else has changed meanwhile is not replaced: the flush fails with `ResourceInUse`. Each file
+/// is written as it is at one moment: streams that write to it wait for as long as it takes.
 ///
 /// A file of no bytes is an empty archive. `createFolder` (and its recursive form) on the root makes an archive
 /// that does not exist yet; everything else finds nothing there until then. A new tar is compressed as its name says

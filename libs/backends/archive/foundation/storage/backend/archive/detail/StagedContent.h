@@ -65,7 +65,7 @@ class StagedContent {
   bool isBeingWritten() const;
 
   /// The content as it is at one moment: who would change it waits for as long as this lives. The thread that holds it
-  /// reads through nothing else, or would wait for itself.
+  /// must not touch the content by other ways.
   class Snapshot {
    public:
     explicit Snapshot(const StagedContent& content) : content_(content), lock_(content.mutex_) {}

@@ -191,11 +191,6 @@ void ZipWriter::add(const Entry& entry, ContentReader* content) {
 
 void ZipWriter::addSmall(Fields& fields, ContentReader& content) {
   const auto bytes = fill(content, buffer_, bufferSize);
-  if (bytes.size() > smallSize) {  // it has grown since its size was asked
-    requireRewound(content);
-    fields.size = bytes.size();
-    return addLarge(fields, content);
-  }
   const auto smaller = deflated(bytes);
   const bool isDeflated = isWorthIt(smaller.size(), bytes.size());
   const auto stored = isDeflated ? std::string_view(smaller) : bytes;
@@ -274,18 +269,8 @@ void ZipWriter::addStored(Fields& fields, ContentReader& content) {
   fields.compressedSize = fields.size;
   requireRewound(content);
   writeHeader(fields);
-  std::uint32_t crc = 0;
-  auto left = fields.size;
-  while (left > 0) {
-    const auto bytes = fill(content, buffer_, std::min<std::uint64_t>(left, step));
-    if (bytes.empty())
-      break;
-    crc = addedTo(crc, bytes);
+  for (auto bytes = fill(content, buffer_, step); !bytes.empty(); bytes = fill(content, buffer_, step))
     output_.write(bytes);
-    left -= bytes.size();
-  }
-  if (left > 0 || crc != fields.crc)
-    throw Fault(provider::ErrorCode::ResourceInUse, "a file was written to while the archive was");
   addRecord(fields);
 }
 
@@ -339,8 +324,6 @@ void ZipWriter::writeDescriptor(const Fields& fields) {
     appendNumber(descriptor, fields.compressedSize);
     appendNumber(descriptor, fields.size);
   } else {
-    if (isLarge(fields.size) || isLarge(fields.compressedSize))
-      throw Fault(provider::ErrorCode::ResourceInUse, "a file has grown beyond 4 GiB while the archive was written");
     appendNumber(descriptor, static_cast<std::uint32_t>(fields.compressedSize));
     appendNumber(descriptor, static_cast<std::uint32_t>(fields.size));
   }
