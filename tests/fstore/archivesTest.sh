@@ -535,7 +535,9 @@ watcher=$!
 number=0
 add_until_told() {
   echo "$((++number))" >"new$number"
-  zip -q a.zip "new$number"
+  cp a.zip next.zip
+  zip -q next.zip "new$number"
+  mv next.zip a.zip  # in one step: zip removes the old archive first, and then it is gone for a moment
   grep -q "^added file zip:$here/a.zip!/new" "$work/out"
 }
 ((checks++))
