@@ -1,0 +1,38 @@
+#include <foundation/storage/backend/s3/detail/client/StoreFailure.h>
+
+#include <fl/i18n/Convert.h>
+
+#include <utility>
+
+namespace foundation::storage::backend::s3::detail::client {
+
+using fl::i18n::to_ustring;
+
+namespace {
+
+std::u16string messageOf(const std::string& reason, const std::string& message) {
+  return to_ustring(message.empty() ? reason : reason + " (" + message + ")");
+}
+
+}  // namespace
+
+StoreFailure::StoreFailure(provider::ErrorCode errorCode, const std::string& reason, FailureDetails details)
+    : std::runtime_error(reason), errorCode_(errorCode), details_(std::move(details)) {}
+
+provider::ExceptionContext StoreFailure::context() const {
+  const auto status = details_.status == 0 ? std::string() : std::to_string(details_.status);
+  const auto& code = details_.code.empty() ? status : details_.code;
+  std::unordered_map<std::u16string, std::u16string> more;
+  const auto add = [&more](const std::u16string& key, const std::string& value) {
+    if (!value.empty())
+      more.emplace(key, to_ustring(value));
+  };
+  add(u"operation", details_.operation);
+  add(u"status", status);
+  add(u"request id", details_.requestId);
+  add(u"attempts", details_.attempts == 0 ? std::string() : std::to_string(details_.attempts));
+  return provider::ExceptionContext(
+      u"s3", provider::ExceptionContextInfo(messageOf(what(), details_.message), to_ustring(code), std::move(more)));
+}
+
+}  // namespace foundation::storage::backend::s3::detail::client
