@@ -72,7 +72,11 @@ struct Part {
 /// The body of CompleteMultipartUpload.
 std::string makeCompletion(const std::vector<Part>& parts);
 
+/// Whether XML can hold a key at all: it must be UTF-8, without control characters but tab and line ends, and without
+/// U+FFFE and U+FFFF. Any other key takes a request of its own to be deleted.
+bool canBeInXml(std::string_view key);
 /// The body of DeleteObjects, quiet.
+/// @param keys  that XML can hold
 std::string makeDeletion(const std::vector<std::string>& keys);
 /// A key that DeleteObjects could not remove.
 struct FailedDeletion {

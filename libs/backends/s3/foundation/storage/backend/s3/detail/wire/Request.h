@@ -24,6 +24,9 @@ struct Parameter {
   std::string value;  ///< not encoded; may be empty, as in "?uploads="
 };
 
+/// A query as it is sent and signed: encoded, in the order of the encoded names, then values; without the '?'.
+std::string encodeQuery(const std::vector<Parameter>& query);
+
 /// A request, not signed yet.
 struct Request {
   std::string method;  ///< in upper case
