@@ -37,7 +37,8 @@ struct ListedObject {
   boost::posix_time::ptime lastModified;
   std::string eTag;  ///< without quotes
 };
-/// One answer of ListObjectsV2, asked for with encoding-type=url.
+/// One answer of ListObjectsV2, asked for with encoding-type=url. Keys are decoded where the document says that they are
+/// encoded; the token never is.
 struct ListPage {
   std::vector<ListedObject> objects;  ///< in the order of the keys' bytes
   std::vector<std::string> prefixes;  ///< what the delimiter has folded, with it
@@ -56,7 +57,8 @@ struct UploadsPage {
   std::string nextKeyMarker;  ///< empty on the last page
   std::string nextUploadIdMarker;
 };
-/// Of ListMultipartUploads, asked for with encoding-type=url.
+/// Of ListMultipartUploads, asked for without encoding-type: with it Ceph 16 encodes the uploads' keys, but not the
+/// marker, and does not say so. A document that says so is decoded.
 UploadsPage parseUploadsPage(std::string_view body);
 
 /// The upload's id, of CreateMultipartUpload.
