@@ -1,0 +1,253 @@
+#include <foundation/storage/backend/s3/detail/http/Transfer.h>
+
+#include <foundation/storage/backend/s3/detail/http/Options.h>
+#include <foundation/storage/backend/s3/detail/http/Outcome.h>
+
+#include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/predicate.hpp>
+#include <boost/algorithm/string/trim.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <linux/sockios.h>
+#include <locale>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+namespace foundation::storage::backend::s3::detail::http {
+
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr milliseconds betweenQuestions{50};
+constexpr milliseconds longestWait{10'000};
+/// In bytes: as much as is made room for only because a header says that it comes.
+constexpr std::uint64_t mostReserved = 64 * 1024 * 1024;
+
+template <class Value>
+Value info(CURL* easy, CURLINFO what) {
+  Value value{};
+  return curl_easy_getinfo(easy, what, &value) == CURLE_OK ? value : Value{};
+}
+
+void require(CURLMcode code) {
+  if (code == CURLM_OUT_OF_MEMORY)
+    throw std::bad_alloc();
+  if (code != CURLM_OK)
+    throw std::runtime_error(std::string("libcurl has failed: ") + curl_multi_strerror(code));
+}
+
+/// Of what was written to a connection, the bytes that the other side's machine has not taken yet.
+std::int64_t bytesInQueue(CURL* easy) {
+  curl_socket_t connection = CURL_SOCKET_BAD;
+  int count = 0;
+  if (curl_easy_getinfo(easy, CURLINFO_ACTIVESOCKET, &connection) != CURLE_OK || connection == CURL_SOCKET_BAD ||
+      ioctl(connection, SIOCOUTQ, &count) != 0)
+    return 0;
+  return count;
+}
+
+}  // namespace
+
+Transfer::Transfer(Connection& connection, const HttpSettings& settings, const HttpRequest& request)
+    : connection_(connection), settings_(settings), request_(request) {
+  setConnectionOptions(connection_.easy(), settings);
+  lines_ = setRequestOptions(connection_.easy(), request);
+  setCallbacks();
+}
+
+Transfer::~Transfer() {
+  curl_multi_remove_handle(connection_.multi(), connection_.easy());
+  curl_easy_reset(connection_.easy());
+}
+
+void Transfer::setCallbacks() {
+  const auto easy = connection_.easy();
+  setOption(easy, CURLOPT_ERRORBUFFER, detail_.data());
+  setOption(easy, CURLOPT_HEADERFUNCTION, &Transfer::onHeader);
+  setOption(easy, CURLOPT_HEADERDATA, static_cast<void*>(this));
+  setOption(easy, CURLOPT_WRITEFUNCTION, &Transfer::onBody);
+  setOption(easy, CURLOPT_WRITEDATA, static_cast<void*>(this));
+  setOption(easy, CURLOPT_PREREQFUNCTION, &Transfer::onRequest);
+  setOption(easy, CURLOPT_PREREQDATA, static_cast<void*>(this));
+  setOption(easy, CURLOPT_OPENSOCKETFUNCTION, &Transfer::onOpenSocket);
+  setOption(easy, CURLOPT_OPENSOCKETDATA, static_cast<void*>(this));
+}
+
+HttpAnswer Transfer::run(Interrupt& interrupt) {
+  require(curl_multi_add_handle(connection_.multi(), connection_.easy()));
+  waitForEnd(interrupt);
+  if (thrown_)
+    std::rethrow_exception(thrown_);
+  requireSuccess(result());
+  requireWholeBody();
+  answer_.status = static_cast<int>(info<long>(connection_.easy(), CURLINFO_RESPONSE_CODE));
+  return std::move(answer_);
+}
+
+void Transfer::waitForEnd(Interrupt& interrupt) {
+  std::atomic<bool> isRaised = false;
+  const Interrupt::Listener listener(interrupt, [&] {
+    isRaised = true;
+    curl_multi_wakeup(connection_.multi());
+  });
+  auto nextQuestion = Clock::now();
+  lastMoved_ = nextQuestion;
+  for (int running = 1;;) {
+    const auto isTime = Clock::now() >= nextQuestion;
+    if (isTime)
+      nextQuestion = Clock::now() + betweenQuestions;
+    if (isRaised || (isTime && interrupt.isRaised()))
+      throw Interrupted();
+    require(curl_multi_perform(connection_.multi(), &running));
+    if (running == 0)
+      return;
+    requireMovement();
+    require(curl_multi_poll(connection_.multi(), nullptr, 0, patience(interrupt), nullptr));
+  }
+}
+
+int Transfer::patience(const Interrupt& interrupt) const {
+  // More than once in that time, as movement in the machine's own queue wakes nobody.
+  auto time = std::clamp(settings_.idleTimeout / 4, milliseconds(1), longestWait);
+  if (interrupt.hasQuestion())
+    time = std::min(time, betweenQuestions);
+  const auto now = Clock::now();
+  if (request_.deadline < now + time)
+    time = std::max(milliseconds(0), std::chrono::ceil<milliseconds>(request_.deadline - now));
+  return static_cast<int>(time.count());
+}
+
+void Transfer::requireMovement() {
+  const auto now = Clock::now();
+  const auto fail = [this](const std::string& detail) {
+    throw failureOf({CURLE_OPERATION_TIMEDOUT, connection_.origin(), detail, hasBegun_, true});
+  };
+  if (now >= request_.deadline)
+    fail("the time for the operation is over");
+  const auto count = moved();
+  if (!hasBegun_ || count != moved_) {  // making the connection has a time of its own
+    lastMoved_ = now;
+    moved_ = count;
+  } else if (now - lastMoved_ >= settings_.idleTimeout) {
+    fail("nothing has moved for " + std::to_string(settings_.idleTimeout.count()) + " ms");
+  }
+}
+
+std::int64_t Transfer::moved() const {
+  const auto easy = connection_.easy();
+  return info<curl_off_t>(easy, CURLINFO_SIZE_UPLOAD_T) + info<curl_off_t>(easy, CURLINFO_SIZE_DOWNLOAD_T) +
+         info<long>(easy, CURLINFO_REQUEST_SIZE) + info<long>(easy, CURLINFO_HEADER_SIZE) - bytesInQueue(easy);
+}
+
+CURLcode Transfer::result() const {
+  int left = 0;
+  while (const auto* message = curl_multi_info_read(connection_.multi(), &left))
+    if (message->msg == CURLMSG_DONE)
+      return message->data.result;
+  throw std::logic_error("libcurl has ended a transfer without a result");
+}
+
+void Transfer::requireSuccess(CURLcode code) const {
+  if (code == CURLE_OK)
+    return;
+  if (code == CURLE_OUT_OF_MEMORY)
+    throw std::bad_alloc();
+  if (isTooLong_)
+    throw broken("the answer is longer than " + std::to_string(request_.longestAnswer) + " bytes");
+  const auto easy = connection_.easy();
+  const std::string detail = detail_.front() == '\0' ? curl_easy_strerror(code) : detail_.data();
+  throw failureOf({code, connection_.origin(), detail, hasBegun_, info<long>(easy, CURLINFO_SSL_VERIFYRESULT) == 0});
+}
+
+void Transfer::requireWholeBody() const {
+  const auto status = info<long>(connection_.easy(), CURLINFO_RESPONSE_CODE);
+  const auto* length = wire::findHeader(answer_.headers, "content-length");
+  if (!length || request_.method == "HEAD" || status == 204 || status == 304)
+    return;
+  std::uint64_t size = 0;
+  const auto end = length->data() + length->size();
+  const auto [parsed, error] = std::from_chars(length->data(), end, size);
+  const auto isChunked = wire::findHeader(answer_.headers, "transfer-encoding") != nullptr;
+  if (error != std::errc() || parsed != end || (!isChunked && size != answer_.body.size()))
+    throw broken("the answer has " + std::to_string(answer_.body.size()) + " bytes, but says " + *length);
+}
+
+TransportFailure Transfer::broken(const std::string& message) const {
+  return failureOf({CURLE_PARTIAL_FILE, connection_.origin(), message, true, true});
+}
+
+void Transfer::takeHeader(std::string_view line) {
+  if (line.starts_with("HTTP/"))
+    return answer_.headers.clear();  // those before were of an interim answer
+  if (!answer_.body.empty())
+    return;  // a trailer
+  std::string text(line);
+  boost::algorithm::trim(text, std::locale::classic());
+  const auto colon = text.find(':');
+  const auto isContinued = line.starts_with(' ') || line.starts_with('\t');
+  if (isContinued && !answer_.headers.empty() && !text.empty())
+    answer_.headers.back().value += " " + text;
+  else if (!isContinued && colon != std::string::npos)
+    answer_.headers.push_back({boost::algorithm::to_lower_copy(text.substr(0, colon), std::locale::classic()),
+                               boost::algorithm::trim_copy(text.substr(colon + 1), std::locale::classic())});
+}
+
+std::size_t Transfer::takeBody(std::string_view bytes) {
+  auto& body = answer_.body;
+  if (bytes.size() > request_.longestAnswer - body.size()) {
+    isTooLong_ = true;
+    return 0;
+  }
+  if (body.empty()) {
+    const auto size = info<curl_off_t>(connection_.easy(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
+    if (size > 0)
+      body.reserve(std::min({static_cast<std::uint64_t>(size), mostReserved, request_.longestAnswer}));
+  }
+  body.append(bytes);
+  return bytes.size();
+}
+
+curl_socket_t Transfer::openSocket(const curl_sockaddr& address) {
+  // Where a kept connection turns out to be dead, libcurl would send once more. That is for the caller to decide, who
+  // has to know that the store may have acted already; only of requests that change nothing it cannot matter.
+  if (hasBegun_ && request_.method != "GET" && request_.method != "HEAD")
+    return CURL_SOCKET_BAD;
+  hasBegun_ = false;
+  // Not to be inherited by programs that the process starts.
+  return socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
+}
+
+std::size_t Transfer::onHeader(char* bytes, std::size_t one, std::size_t count, void* self) noexcept {
+  auto& transfer = *static_cast<Transfer*>(self);
+  try {
+    transfer.takeHeader({bytes, one * count});
+    return one * count;
+  } catch (...) {
+    transfer.thrown_ = std::current_exception();
+    return 0;
+  }
+}
+
+std::size_t Transfer::onBody(char* bytes, std::size_t one, std::size_t count, void* self) noexcept {
+  auto& transfer = *static_cast<Transfer*>(self);
+  try {
+    return transfer.takeBody({bytes, one * count});
+  } catch (...) {
+    transfer.thrown_ = std::current_exception();
+    return 0;
+  }
+}
+
+int Transfer::onRequest(void* self, char*, char*, int, int) noexcept {
+  static_cast<Transfer*>(self)->hasBegun_ = true;
+  return CURL_PREREQFUNC_OK;
+}
+
+curl_socket_t Transfer::onOpenSocket(void* self, curlsocktype, curl_sockaddr* address) noexcept {
+  return static_cast<Transfer*>(self)->openSocket(*address);
+}
+
+}  // namespace foundation::storage::backend::s3::detail::http
