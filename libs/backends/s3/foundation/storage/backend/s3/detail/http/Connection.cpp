@@ -1,8 +1,15 @@
 #include <foundation/storage/backend/s3/detail/http/Connection.h>
 
+#include <algorithm>
+#include <linux/sockios.h>
 #include <mutex>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <new>
 #include <stdexcept>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace foundation::storage::backend::s3::detail::http {
 
@@ -35,6 +42,32 @@ MultiHandle makeMulti() {
 
 Connection::Connection(std::string_view origin)
     : origin_(origin), multi_(makeMulti()), easy_(requireHandle<EasyHandle>(curl_easy_init())) {}
+
+curl_socket_t Connection::openSocket(const curl_sockaddr& address) {
+  sockets_.reserve(sockets_.size() + 1);
+  // Not to be inherited by programs that the process starts.
+  const auto opened = socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
+  if (opened != CURL_SOCKET_BAD)
+    sockets_.push_back(opened);
+  return opened;
+}
+
+int Connection::closeSocket(void* self, curl_socket_t descriptor) noexcept {
+  auto& sockets = static_cast<Connection*>(self)->sockets_;
+  sockets.erase(std::remove(sockets.begin(), sockets.end(), descriptor), sockets.end());
+  return close(descriptor);
+}
+
+std::int64_t Connection::bytesInQueue() const {
+  int count = 0;
+  return !sockets_.empty() && ioctl(sockets_.back(), SIOCOUTQ, &count) == 0 ? count : 0;
+}
+
+void Connection::acknowledgeAtOnce() const {
+  const int on = 1;
+  if (!sockets_.empty())  // a mere wish: that it fails costs nothing but time
+    static_cast<void>(setsockopt(sockets_.back(), IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on));
+}
 
 std::string_view originOf(std::string_view url) {
   const auto scheme = url.find("://");

@@ -8,12 +8,8 @@
 #include <boost/algorithm/string/trim.hpp>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <linux/sockios.h>
 #include <locale>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
 
 namespace foundation::storage::backend::s3::detail::http {
 
@@ -37,16 +33,6 @@ void require(CURLMcode code) {
     throw std::bad_alloc();
   if (code != CURLM_OK)
     throw std::runtime_error(std::string("libcurl has failed: ") + curl_multi_strerror(code));
-}
-
-/// Of what was written to a connection, the bytes that the other side's machine has not taken yet.
-std::int64_t bytesInQueue(CURL* easy) {
-  curl_socket_t connection = CURL_SOCKET_BAD;
-  int count = 0;
-  if (curl_easy_getinfo(easy, CURLINFO_ACTIVESOCKET, &connection) != CURLE_OK || connection == CURL_SOCKET_BAD ||
-      ioctl(connection, SIOCOUTQ, &count) != 0)
-    return 0;
-  return count;
 }
 
 }  // namespace
@@ -74,6 +60,8 @@ void Transfer::setCallbacks() {
   setOption(easy, CURLOPT_PREREQDATA, static_cast<void*>(this));
   setOption(easy, CURLOPT_OPENSOCKETFUNCTION, &Transfer::onOpenSocket);
   setOption(easy, CURLOPT_OPENSOCKETDATA, static_cast<void*>(this));
+  setOption(easy, CURLOPT_CLOSESOCKETFUNCTION, &Connection::closeSocket);
+  setOption(easy, CURLOPT_CLOSESOCKETDATA, static_cast<void*>(&connection_));
 }
 
 HttpAnswer Transfer::run(Interrupt& interrupt) {
@@ -105,6 +93,7 @@ void Transfer::waitForEnd(Interrupt& interrupt) {
     if (running == 0)
       return;
     requireMovement();
+    connection_.acknowledgeAtOnce();
     require(curl_multi_poll(connection_.multi(), nullptr, 0, patience(interrupt), nullptr));
   }
 }
@@ -139,7 +128,7 @@ void Transfer::requireMovement() {
 std::int64_t Transfer::moved() const {
   const auto easy = connection_.easy();
   return info<curl_off_t>(easy, CURLINFO_SIZE_UPLOAD_T) + info<curl_off_t>(easy, CURLINFO_SIZE_DOWNLOAD_T) +
-         info<long>(easy, CURLINFO_REQUEST_SIZE) + info<long>(easy, CURLINFO_HEADER_SIZE) - bytesInQueue(easy);
+         info<long>(easy, CURLINFO_REQUEST_SIZE) + info<long>(easy, CURLINFO_HEADER_SIZE) - connection_.bytesInQueue();
 }
 
 CURLcode Transfer::result() const {
@@ -216,29 +205,30 @@ curl_socket_t Transfer::openSocket(const curl_sockaddr& address) {
   if (hasBegun_ && request_.method != "GET" && request_.method != "HEAD")
     return CURL_SOCKET_BAD;
   hasBegun_ = false;
-  // Not to be inherited by programs that the process starts.
-  return socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
+  return connection_.openSocket(address);
+}
+
+template <class Result, class Action>
+Result Transfer::guard(Result failed, const Action& action) noexcept {
+  try {
+    return action();
+  } catch (...) {
+    thrown_ = std::current_exception();
+    return failed;
+  }
 }
 
 std::size_t Transfer::onHeader(char* bytes, std::size_t one, std::size_t count, void* self) noexcept {
   auto& transfer = *static_cast<Transfer*>(self);
-  try {
+  return transfer.guard<std::size_t>(0, [&] {
     transfer.takeHeader({bytes, one * count});
     return one * count;
-  } catch (...) {
-    transfer.thrown_ = std::current_exception();
-    return 0;
-  }
+  });
 }
 
 std::size_t Transfer::onBody(char* bytes, std::size_t one, std::size_t count, void* self) noexcept {
   auto& transfer = *static_cast<Transfer*>(self);
-  try {
-    return transfer.takeBody({bytes, one * count});
-  } catch (...) {
-    transfer.thrown_ = std::current_exception();
-    return 0;
-  }
+  return transfer.guard<std::size_t>(0, [&] { return transfer.takeBody({bytes, one * count}); });
 }
 
 int Transfer::onRequest(void* self, char*, char*, int, int) noexcept {
@@ -247,7 +237,8 @@ int Transfer::onRequest(void* self, char*, char*, int, int) noexcept {
 }
 
 curl_socket_t Transfer::onOpenSocket(void* self, curlsocktype, curl_sockaddr* address) noexcept {
-  return static_cast<Transfer*>(self)->openSocket(*address);
+  auto& transfer = *static_cast<Transfer*>(self);
+  return transfer.guard<curl_socket_t>(CURL_SOCKET_BAD, [&] { return transfer.openSocket(*address); });
 }
 
 }  // namespace foundation::storage::backend::s3::detail::http

@@ -44,6 +44,9 @@ class Transfer {
   std::size_t takeBody(std::string_view bytes);
   curl_socket_t openSocket(const curl_sockaddr& address);
 
+  /// Nothing may be thrown through libcurl; it is kept for `run`.
+  template <class Result, class Action>
+  Result guard(Result failed, const Action& action) noexcept;
   // What libcurl calls; `self` is the transfer.
   static std::size_t onHeader(char* bytes, std::size_t one, std::size_t count, void* self) noexcept;
   static std::size_t onBody(char* bytes, std::size_t one, std::size_t count, void* self) noexcept;
