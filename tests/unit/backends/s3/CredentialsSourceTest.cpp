@@ -7,6 +7,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <stdexcept>
 #include <stdlib.h>
@@ -132,7 +133,7 @@ TEST_F(CredentialsSourceTest, NamesFileLineAndReasonOfWhatIsWrong) {
 
 TEST_F(CredentialsSourceTest, ReadsTheFileAgainAfterItHasChanged) {
   const CredentialsSource source(environmentOf({{"HOME", home}}));
-  const auto copy = source;
+  const std::function<wire::Credentials()> copy = source;
   EXPECT_EQ(taken(source), "||");
   put(profile("default", "a"));
   EXPECT_EQ(taken(source), "a|s|");
@@ -143,7 +144,7 @@ TEST_F(CredentialsSourceTest, ReadsTheFileAgainAfterItHasChanged) {
   putAged(profile("default", "d"), 30);
   EXPECT_EQ(taken(source), "d|s|");
   putAged(profile("default", "e"), 30);
-  EXPECT_EQ(taken(copy), "d|s|") << "looks the same, and is not read at each request";
+  EXPECT_EQ(textOf(copy()), "d|s|") << "looks the same, and is not read at each request";
   putAged("[", 20);
   EXPECT_NE(taken(source).find(file() + ":1: "), std::string::npos);
   EXPECT_NE(taken(source).find(file() + ":1: "), std::string::npos) << "a failure is no credentials";

@@ -59,7 +59,7 @@ std::string base64(std::string_view bytes) {
 
 struct Md5Hasher::State {
   struct Free {
-    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+    void operator()(EVP_MD_CTX* owned) const { EVP_MD_CTX_free(owned); }
   };
   std::unique_ptr<EVP_MD_CTX, Free> context{EVP_MD_CTX_new()};
 

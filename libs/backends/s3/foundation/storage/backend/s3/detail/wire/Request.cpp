@@ -14,12 +14,13 @@ const std::string* findHeader(const Headers& headers, std::string_view name) {
 
 std::string encodeQuery(const std::vector<Parameter>& query) {
   std::vector<std::pair<std::string, std::string>> encoded;
+  encoded.reserve(query.size());
   for (const auto& parameter : query)
     encoded.emplace_back(encode(parameter.name), encode(parameter.value));
   std::sort(encoded.begin(), encoded.end());
   std::string text;
   for (const auto& [name, value] : encoded)
-    text += (text.empty() ? "" : "&") + name + "=" + value;
+    text.append(text.empty() ? "" : "&").append(name).append("=").append(value);
   return text;
 }
 
