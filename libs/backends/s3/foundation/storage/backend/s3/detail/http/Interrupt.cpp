@@ -23,24 +23,25 @@ void Interrupt::raise() noexcept {
 }
 
 bool Interrupt::isRaised() {
-  {
+  const auto isKnown = [this] {
     const std::lock_guard lock(mutex_);
-    if (isRaised_)
-      return true;
-  }
+    return isRaised_;
+  };
+  if (isKnown())
+    return true;
   if (!question_)
     return false;
-  {
-    const std::lock_guard asking(questionMutex_);
-    if (!question_())
-      return false;
-  }
-  raise();
-  return true;
+  const std::lock_guard asking(questionMutex_);
+  if (isKnown())  // another thread has been told, and nobody asks after that
+    return true;
+  if (question_())
+    raise();
+  return isKnown();
 }
 
 bool Interrupt::waitFor(std::chrono::milliseconds time) {
-  const auto end = std::chrono::steady_clock::now() + time;
+  constexpr std::chrono::hours longest{24 * 365};  // what is longer could not be added to a time
+  const auto end = std::chrono::steady_clock::now() + std::min<std::chrono::milliseconds>(time, longest);
   while (!isRaised()) {
     const auto now = std::chrono::steady_clock::now();
     if (now >= end)
