@@ -4,14 +4,13 @@
 
 #include <chrono>
 #include <cstddef>
-#include <deque>
+#include <ctime>
 #include <functional>
 #include <map>
-#include <mutex>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace foundation::storage::testing::http {
@@ -40,9 +39,10 @@ struct StoreTraits {
   std::string region = "us-east-1";
 };
 
-/// Goes wrong in place of a request.
-/// @param act  does what was asked for, and returns the answer
-using Fault = std::function<ScriptedAnswer(const ReceivedRequest& request, const std::function<ScriptedAnswer()>& act)>;
+/// What happens to a request.
+/// @param act  does what is asked for, and answers
+using Act = std::function<ScriptedAnswer(const ReceivedRequest& request)>;
+using Fault = std::function<ScriptedAnswer(const ReceivedRequest& request, const Act& act)>;
 
 /// An answer of any kind, and nothing is done.
 Fault answering(ScriptedAnswer answer);
@@ -52,6 +52,8 @@ Fault failing(int status, const std::string& code);
 Fault damaging(std::function<ScriptedAnswer(const ScriptedAnswer&)> change);
 /// The request is done, but the connection is reset before the answer.
 Fault losingTheAnswer();
+/// A bit of the request's body has flipped on the way.
+Fault damagingTheBody();
 
 /// An object store in memory, asked in the S3 protocol, path-style:
 ///
@@ -67,13 +69,10 @@ Fault losingTheAnswer();
 ///
 /// It checks what real ones check: how paths and queries are escaped, access key, region and time of the signature,
 /// "x-amz-content-sha256" and "content-md5" of the body. Operations have the protocol's names. Any number of threads
-/// may use one. It outlives the server.
+/// may use one; copies are the same store.
 class FakeObjectStore {
  public:
   explicit FakeObjectStore(StoreTraits traits = {});
-  FakeObjectStore(const FakeObjectStore&) = delete;
-  FakeObjectStore& operator=(const FakeObjectStore&) = delete;
-
   ScriptedServer::Handler handler();
 
   /// Has the next requests of that operation ("*": any) go wrong. Of several, the first that fits is used up first.
@@ -99,55 +98,8 @@ class FakeObjectStore {
   /// @}
 
  private:
-  struct Upload {
-    std::map<std::string, std::string> kept;
-    std::time_t initiated;
-    std::map<int, StoredObject> parts = {};
-  };
-  struct Bucket {
-    std::map<std::string, StoredObject> objects = {};
-    std::map<std::pair<std::string, std::string>, Upload> uploads = {};  ///< by key and id
-  };
-  struct PlannedFault {
-    std::string operation;
-    std::size_t left;
-    Fault fault;
-  };
-  struct Call;
-
-  ScriptedAnswer answer(const ReceivedRequest& request);
-  ScriptedAnswer act(const std::string& operation, const Call& call);
-  Fault takeFault(const std::string& operation);
-  void checkSignature(const Call& call) const;
-  void checkCondition(const Call& call, const Bucket& bucket) const;
-  Bucket& bucketOf(const std::string& name);
-  StoredObject& sourceOf(const Call& call);
-  static Upload& uploadOf(const Call& call, Bucket& bucket);
-  std::time_t now() const;
-  StoredObject made(std::string content, std::map<std::string, std::string> kept) const;
-
-  ScriptedAnswer getObject(const Call& call, Bucket& bucket);
-  ScriptedAnswer putObject(const Call& call, Bucket& bucket);
-  ScriptedAnswer copyObject(const Call& call, Bucket& bucket);
-  ScriptedAnswer deleteObject(const Call& call, Bucket& bucket);
-  ScriptedAnswer deleteObjects(const Call& call, Bucket& bucket);
-  ScriptedAnswer listObjects(const Call& call, Bucket& bucket);
-  ScriptedAnswer headBucket(const Call& call, Bucket& bucket);
-  ScriptedAnswer getBucketLocation(const Call& call, Bucket& bucket);
-  ScriptedAnswer createUpload(const Call& call, Bucket& bucket);
-  ScriptedAnswer uploadPart(const Call& call, Bucket& bucket);
-  ScriptedAnswer completeUpload(const Call& call, Bucket& bucket);
-  ScriptedAnswer abortUpload(const Call& call, Bucket& bucket);
-  ScriptedAnswer listUploads(const Call& call, Bucket& bucket);
-
-  const StoreTraits traits_;
-  std::function<void(const std::string&, const ReceivedRequest&)> hook_;
-
-  mutable std::mutex mutex_;  ///< guards what follows
-  std::map<std::string, Bucket> buckets_;
-  std::deque<PlannedFault> faults_;
-  std::vector<std::string> operations_;
-  std::size_t lastUpload_ = 0;
+  class State;
+  std::shared_ptr<State> state_;
 };
 
 }  // namespace foundation::storage::testing::http

@@ -3,7 +3,6 @@
 #include "support/Retry.h"
 
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <openssl/ssl.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -18,11 +17,6 @@
 
 namespace foundation::storage::testing::http {
 namespace {
-
-void check(int result, const char* what) {
-  if (result < 0)
-    throw std::system_error(errno, std::generic_category(), what);
-}
 
 std::string lowered(std::string_view text) {
   std::string result(text);
@@ -87,20 +81,24 @@ ScriptedAnswer ScriptedAnswer::ending_(Ending how, std::optional<std::size_t> by
   return answer;
 }
 
-ScriptedServer::Socket::~Socket() {
-  if (descriptor_ >= 0)
-    ::close(descriptor_);
-}
-
-/// A connection as bytes.
-class ScriptedServer::Wire {
+class ScriptedServer::Socket {
  public:
-  Wire(int descriptor, const ThrowawayCertificate* certificate) : descriptor_(descriptor) {
-    if (certificate == nullptr)
-      return;
-    tls_.reset(SSL_new(certificate->context()), SSL_free);
-    SSL_set_fd(tls_.get(), descriptor);
+  explicit Socket(int descriptor) : descriptor_(descriptor) {}
+  ~Socket() { ::close(descriptor_); }
+  Socket(const Socket&) = delete;
+  Socket& operator=(const Socket&) = delete;
+
+  int descriptor() const { return descriptor_; }
+  /// Ends waiting, whatever thread does it.
+  void shutDown() const { ::shutdown(descriptor_, SHUT_RDWR); }
+  void startTls(const ThrowawayCertificate& certificate) {
+    tls_.reset(SSL_new(certificate.context()), SSL_free);
+    SSL_set_fd(tls_.get(), descriptor_);
     isOpen_ = SSL_accept(tls_.get()) == 1;
+  }
+  void resetWhenClosed() const {
+    const linger never{.l_onoff = 1, .l_linger = 0};
+    ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &never, sizeof never);
   }
 
   bool write(std::string_view bytes) {
@@ -156,16 +154,16 @@ class ScriptedServer::Wire {
 ScriptedServer::ScriptedServer(Handler handler, const ThrowawayCertificate* certificate)
     : handler_(std::move(handler)),
       certificate_(certificate),
-      listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+      listener_(std::make_unique<Socket>(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   auto* generic = reinterpret_cast<sockaddr*>(&address);
   socklen_t size = sizeof address;
-  check(listener_.descriptor(), "socket");
-  check(::bind(listener_.descriptor(), generic, size), "bind");
-  check(::listen(listener_.descriptor(), SOMAXCONN), "listen");
-  check(::getsockname(listener_.descriptor(), generic, &size), "getsockname");
+  const int descriptor = listener_->descriptor();
+  if (::bind(descriptor, generic, size) != 0 || ::listen(descriptor, SOMAXCONN) != 0 ||
+      ::getsockname(descriptor, generic, &size) != 0)
+    throw std::system_error(errno, std::generic_category(), "a port to listen on");
   url_ = (certificate_ ? "https://127.0.0.1:" : "http://127.0.0.1:") + std::to_string(ntohs(address.sin_port));
   acceptor_ = std::thread([this] { acceptConnections(); });
 }
@@ -175,10 +173,10 @@ ScriptedServer::~ScriptedServer() {
     const std::lock_guard lock(mutex_);
     isStopping_ = true;
     for (const auto& [number, socket] : open_)
-      ::shutdown(socket.descriptor(), SHUT_RDWR);
+      socket->shutDown();
   }
   changed_.notify_all();
-  ::shutdown(listener_.descriptor(), SHUT_RDWR);
+  listener_->shutDown();
   acceptor_.join();
   for (auto& thread : threads_)
     thread.join();
@@ -214,61 +212,62 @@ void ScriptedServer::acceptConnections() {
   sigaddset(&signals, SIGPIPE);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   for (;;) {
-    Socket socket(retried([&] { return ::accept4(listener_.descriptor(), nullptr, nullptr, SOCK_CLOEXEC); }));
+    const int descriptor = retried([&] { return ::accept4(listener_->descriptor(), nullptr, nullptr, SOCK_CLOEXEC); });
     const std::lock_guard lock(mutex_);
-    if (isStopping_ || socket.descriptor() < 0)
+    if (descriptor < 0)
       return;
-    const int immediately = 1;
-    ::setsockopt(socket.descriptor(), IPPROTO_TCP, TCP_NODELAY, &immediately, sizeof immediately);
+    auto socket = std::make_shared<Socket>(descriptor);
+    if (isStopping_)
+      return;
     const auto number = threads_.size() + 1;
-    threads_.emplace_back([this, descriptor = socket.descriptor(), number] { serve(descriptor, number); });
-    open_.emplace(number, std::move(socket));
+    open_.emplace(number, socket);
+    threads_.emplace_back([=, this]() mutable { serve(std::move(socket), number); });
   }
 }
 
-void ScriptedServer::serve(int descriptor, std::size_t number) {
-  {
-    Wire wire(descriptor, certificate_);
-    while (auto request = wire.receive()) {
+void ScriptedServer::serve(std::shared_ptr<Socket> socket, std::size_t number) {
+  if (certificate_)
+    socket->startTls(*certificate_);
+  for (bool goesOn = true; goesOn;) {
+    auto request = socket->receive();
+    if (request)
       request->connection = number;
-      {
-        const std::lock_guard lock(mutex_);
-        requests_.push_back(*request);
-      }
-      changed_.notify_all();
-      const auto scripted = answer(*request);
-      if (scripted.ending == ScriptedAnswer::Ending::Reset) {
-        const linger never{.l_onoff = 1, .l_linger = 0};
-        ::setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &never, sizeof never);
-      }
-      if (!send(wire, scripted, request->method != "HEAD"))
-        break;
-    }
+    goesOn = request && serveOne(*socket, std::move(*request));
   }
   const std::lock_guard lock(mutex_);
   open_.erase(number);
 }
 
-ScriptedAnswer ScriptedServer::answer(const ReceivedRequest& request) {
-  try {
-    return handler_(request);
-  } catch (const std::exception& failure) {
-    return {.status = 500, .body = failure.what()};
+bool ScriptedServer::serveOne(Socket& socket, ReceivedRequest request) {
+  {
+    const std::lock_guard lock(mutex_);
+    requests_.push_back(request);
   }
+  changed_.notify_all();
+  ScriptedAnswer answer;
+  try {
+    answer = handler_(request);
+  } catch (const std::exception& failure) {
+    answer = {.status = 500, .body = failure.what()};
+  }
+  return send(socket, answer, request.method != "HEAD");
 }
 
 /// @return whether the connection stays open
-bool ScriptedServer::send(Wire& wire, const ScriptedAnswer& answer, bool hasBody) {
+bool ScriptedServer::send(Socket& socket, const ScriptedAnswer& answer, bool hasBody) {
   const auto head = headOf(answer);
   const auto message = hasBody ? head + answer.body : head;
   const auto first = answer.sentBytes ? head.size() + std::min(*answer.sentBytes, message.size() - head.size()) : 0;
-  if (!wire.write(std::string_view(message).substr(0, first)))
+  if (!socket.write(std::string_view(message).substr(0, first)))
     return false;
   switch (answer.ending) {
     case ScriptedAnswer::Ending::KeepOpen:
       return true;
     case ScriptedAnswer::Ending::Stall:
-      return waitForRelease(answer.gate) && wire.write(std::string_view(message).substr(first));
+      return waitForRelease(answer.gate) && socket.write(std::string_view(message).substr(first));
+    case ScriptedAnswer::Ending::Reset:
+      socket.resetWhenClosed();
+      return false;
     default:
       return false;
   }

@@ -7,6 +7,7 @@
 #include <functional>
 #include <future>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -94,35 +95,24 @@ class ScriptedServer {
   void release();
 
  private:
-  class Socket {
-   public:
-    explicit Socket(int descriptor) : descriptor_(descriptor) {}
-    ~Socket();
-    Socket(Socket&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    Socket& operator=(Socket&&) = delete;
-    int descriptor() const { return descriptor_; }
-
-   private:
-    int descriptor_;
-  };
-  class Wire;
+  class Socket;
 
   void acceptConnections();
-  void serve(int descriptor, std::size_t number);
-  ScriptedAnswer answer(const ReceivedRequest& request);
-  bool send(Wire& wire, const ScriptedAnswer& answer, bool hasBody);
+  void serve(std::shared_ptr<Socket> socket, std::size_t number);
+  bool serveOne(Socket& socket, ReceivedRequest request);
+  bool send(Socket& socket, const ScriptedAnswer& answer, bool hasBody);
   bool waitForRelease(const ScriptedAnswer::Gate& gate);
 
   Handler handler_;
   const ThrowawayCertificate* certificate_;
-  Socket listener_;
+  std::unique_ptr<Socket> listener_;
   std::string url_;
 
   mutable std::mutex mutex_;  ///< guards what follows
   mutable std::condition_variable changed_;
   std::vector<ReceivedRequest> requests_;
-  std::map<std::size_t, Socket> open_;
-  std::vector<std::thread> threads_;
+  std::map<std::size_t, std::shared_ptr<Socket>> open_;
+  std::vector<std::thread> threads_;  ///< one for each connection ever
   bool isReleased_ = false;
   bool isStopping_ = false;
   std::thread acceptor_;
