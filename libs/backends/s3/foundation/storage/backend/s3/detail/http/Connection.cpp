@@ -10,6 +10,7 @@
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <utility>
 
 namespace foundation::storage::backend::s3::detail::http {
 
@@ -40,8 +41,8 @@ MultiHandle makeMulti() {
 
 }  // namespace
 
-Connection::Connection(std::string_view origin)
-    : origin_(origin), multi_(makeMulti()), easy_(requireHandle<EasyHandle>(curl_easy_init())) {}
+Connection::Connection(std::string origin)
+    : origin_(std::move(origin)), multi_(makeMulti()), easy_(requireHandle<EasyHandle>(curl_easy_init())) {}
 
 curl_socket_t Connection::openSocket(const curl_sockaddr& address) {
   sockets_.reserve(sockets_.size() + 1);
@@ -69,9 +70,13 @@ void Connection::acknowledgeAtOnce() const {
     static_cast<void>(setsockopt(sockets_.back(), IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on));
 }
 
-std::string_view originOf(std::string_view url) {
+std::string originOf(std::string_view url) {
   const auto scheme = url.find("://");
-  return url.substr(0, url.find_first_of("/?#", scheme == std::string_view::npos ? 0 : scheme + 3));
+  const auto host = scheme == std::string_view::npos ? 0 : scheme + 3;
+  const auto end = url.find_first_of("/?#", host);
+  const auto user = url.substr(host, end - host).rfind('@');
+  const auto skipped = user == std::string_view::npos ? 0 : user + 1;
+  return std::string(url.substr(0, host)).append(url.substr(0, end).substr(host + skipped));
 }
 
 }  // namespace foundation::storage::backend::s3::detail::http

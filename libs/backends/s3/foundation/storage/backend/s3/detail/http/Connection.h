@@ -14,7 +14,7 @@ namespace foundation::storage::backend::s3::detail::http {
 class Connection {
  public:
   /// @param origin  what it is used for: scheme, host and port
-  explicit Connection(std::string_view origin);
+  explicit Connection(std::string origin);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
@@ -41,7 +41,7 @@ class Connection {
   EasyHandle easy_;                     ///< dies before the other
 };
 
-/// Scheme, host and port of a URL.
-std::string_view originOf(std::string_view url);
+/// Scheme, host and port of a URL; a name and a password, which have no place there, are left out.
+std::string originOf(std::string_view url);
 
 }  // namespace foundation::storage::backend::s3::detail::http

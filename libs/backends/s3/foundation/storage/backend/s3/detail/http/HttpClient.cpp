@@ -25,7 +25,7 @@ TransportFailure::TransportFailure(Kind kind, bool mayHaveArrived, const std::st
 class HttpClient::Pool {
  public:
   /// The last used first, since it is the least likely to have been closed by the other side.
-  std::unique_ptr<Connection> take(std::string_view origin) {
+  std::unique_ptr<Connection> take(const std::string& origin) {
     {
       const std::lock_guard lock(mutex_);
       const auto found = std::find_if(idle_.rbegin(), idle_.rend(),

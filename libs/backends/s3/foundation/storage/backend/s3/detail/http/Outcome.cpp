@@ -8,13 +8,6 @@ namespace {
 
 TransportFailure notSent(Kind kind, const std::string& message) { return {kind, false, message}; }
 
-TransportFailure untrusted(const Outcome& outcome) {
-  const auto advice = outcome.isChainTrusted ? "; use the host's name as the certificate has it"
-                                             : "; name the file with its CA's certificate with ca-file";
-  return notSent(Kind::Untrusted,
-                 "the certificate of " + outcome.origin + " cannot be trusted: " + outcome.detail + advice);
-}
-
 TransportFailure failureBeforeSending(const Outcome& outcome) {
   const auto& origin = outcome.origin;
   switch (outcome.code) {
@@ -27,7 +20,9 @@ TransportFailure failureBeforeSending(const Outcome& outcome) {
     case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_ISSUER_ERROR:
     case CURLE_SSL_INVALIDCERTSTATUS:
-      return untrusted(outcome);
+      return notSent(Kind::Untrusted, "the certificate of " + origin + " cannot be trusted: " + outcome.detail +
+                                          "; the endpoint has to name the host as the certificate does, and ca-file a "
+                                          "CA that the system does not know");
     case CURLE_SSL_CACERT_BADFILE:
       return notSent(Kind::Misconfigured, "the certificates to check " + origin + " with cannot be read: " +
                                               outcome.detail + "; look at ca-file, or at the system's certificates");

@@ -11,10 +11,9 @@ namespace foundation::storage::backend::s3::detail::http {
 /// How a transfer has ended.
 struct Outcome {
   CURLcode code;
-  std::string origin;   ///< scheme, host and port
-  std::string detail;   ///< libcurl's own words
-  bool hasBegun;        ///< whether some of the request may have been sent
-  bool isChainTrusted;  ///< whether the certificate itself was found good
+  std::string origin;  ///< scheme, host and port
+  std::string detail;  ///< libcurl's own words
+  bool hasBegun;       ///< whether some of the request may have been sent
 };
 
 /// What to throw for one that is not CURLE_OK.

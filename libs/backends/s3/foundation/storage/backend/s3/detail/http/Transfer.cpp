@@ -112,7 +112,7 @@ int Transfer::patience(const Interrupt& interrupt) const {
 void Transfer::requireMovement() {
   const auto now = Clock::now();
   const auto fail = [this](const std::string& detail) {
-    throw failureOf({CURLE_OPERATION_TIMEDOUT, connection_.origin(), detail, hasBegun_, true});
+    throw failureOf({CURLE_OPERATION_TIMEDOUT, connection_.origin(), detail, hasBegun_});
   };
   if (now >= request_.deadline)
     fail("the time for the operation is over");
@@ -146,9 +146,8 @@ void Transfer::requireSuccess(CURLcode code) const {
     throw std::bad_alloc();
   if (isTooLong_)
     throw broken("the answer is longer than " + std::to_string(request_.longestAnswer) + " bytes");
-  const auto easy = connection_.easy();
   const std::string detail = detail_.front() == '\0' ? curl_easy_strerror(code) : detail_.data();
-  throw failureOf({code, connection_.origin(), detail, hasBegun_, info<long>(easy, CURLINFO_SSL_VERIFYRESULT) == 0});
+  throw failureOf({code, connection_.origin(), detail, hasBegun_});
 }
 
 void Transfer::requireWholeBody() const {
@@ -165,7 +164,7 @@ void Transfer::requireWholeBody() const {
 }
 
 TransportFailure Transfer::broken(const std::string& message) const {
-  return failureOf({CURLE_PARTIAL_FILE, connection_.origin(), message, true, true});
+  return failureOf({CURLE_PARTIAL_FILE, connection_.origin(), message, true});
 }
 
 void Transfer::takeHeader(std::string_view line) {
