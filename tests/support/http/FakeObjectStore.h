@@ -52,7 +52,7 @@ Fault failing(int status, const std::string& code);
 Fault damaging(std::function<ScriptedAnswer(const ScriptedAnswer&)> change);
 /// The request is done, but the connection is reset before the answer.
 Fault losingTheAnswer();
-/// A bit of the request's body has flipped on the way.
+/// A bit of the request's body, which must not be empty, has flipped on the way.
 Fault damagingTheBody();
 
 /// An object store in memory, asked in the S3 protocol, path-style:

@@ -2,6 +2,9 @@
 
 #include "support/Retry.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/predicate.hpp>
+#include <boost/algorithm/string/trim.hpp>
 #include <netinet/in.h>
 #include <openssl/ssl.h>
 #include <signal.h>
@@ -9,7 +12,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <chrono>
 #include <string_view>
@@ -17,13 +19,6 @@
 
 namespace foundation::storage::testing::http {
 namespace {
-
-std::string lowered(std::string_view text) {
-  std::string result(text);
-  std::transform(text.begin(), text.end(), result.begin(),
-                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-  return result;
-}
 
 /// Removes what comes before the separator, and the separator; all where there is none.
 std::string_view takeUntil(std::string_view& text, std::string_view separator) {
@@ -40,20 +35,18 @@ ReceivedRequest parseHead(std::string_view head) {
   request.target = takeUntil(line, " ");
   while (!head.empty()) {
     line = takeUntil(head, "\r\n");
-    auto& value = request.headers[lowered(takeUntil(line, ":"))];
-    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-    line.remove_suffix(line.size() - 1 - std::min(line.find_last_not_of(" \t"), line.size() - 1));
-    value += (value.empty() ? "" : ", ") + std::string(line);
+    const auto name = boost::to_lower_copy(std::string(takeUntil(line, ":")));
+    request.headers[name] = boost::trim_copy(std::string(line));
   }
   return request;
 }
 
 std::string headOf(const ScriptedAnswer& answer) {
   auto head = "HTTP/1.1 " + std::to_string(answer.status) + " Scripted\r\n";
-  bool saysLength = answer.status / 100 == 1 || answer.status == 204 || answer.status == 304;
+  bool saysLength = answer.status == 204 || answer.status == 304;
   for (const auto& [name, value] : answer.headers) {
     head += name + ": " + value + "\r\n";
-    saysLength = saysLength || lowered(name) == "content-length" || lowered(name) == "transfer-encoding";
+    saysLength = saysLength || boost::iequals(name, "content-length") || boost::iequals(name, "transfer-encoding");
   }
   if (!saysLength)
     head += "content-length: " + std::to_string(answer.body.size()) + "\r\n";
@@ -73,7 +66,7 @@ ScriptedAnswer ScriptedAnswer::flippedAt(std::size_t position) const {
   return answer;
 }
 
-ScriptedAnswer ScriptedAnswer::ending_(Ending how, std::optional<std::size_t> bytes, Gate until) const {
+ScriptedAnswer ScriptedAnswer::endingSo(Ending how, std::optional<std::size_t> bytes, Gate until) const {
   auto answer = *this;
   answer.ending = how;
   answer.sentBytes = bytes;
@@ -124,7 +117,7 @@ class ScriptedServer::Socket {
     std::size_t size = 0;
     if (std::from_chars(length.data(), length.data() + length.size(), size).ptr != length.data() + length.size())
       return std::nullopt;
-    if (lowered(request.header("expect")) == "100-continue")
+    if (boost::iequals(request.header("expect"), "100-continue"))
       write("HTTP/1.1 100 Continue\r\n\r\n");
     while (buffer_.size() < size)
       if (!readMore())

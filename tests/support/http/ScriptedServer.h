@@ -22,7 +22,7 @@ namespace foundation::storage::testing::http {
 struct ReceivedRequest {
   std::string method;
   std::string target;                          ///< path and query as they were sent, not decoded
-  std::map<std::string, std::string> headers;  ///< names in lower case; those sent twice are joined by ", "
+  std::map<std::string, std::string> headers;  ///< names in lower case
   std::string body;
   std::size_t connection = 0;  ///< which one it came on, counted from 1
 
@@ -46,22 +46,24 @@ struct ScriptedAnswer {
   std::optional<std::size_t> sentBytes = std::string::npos;
   Gate gate = {};
 
-  ScriptedAnswer closing() const { return ending_(Ending::Close, std::string::npos); }
-  ScriptedAnswer cutOffAfter(std::size_t bytes) const { return ending_(Ending::Close, bytes); }
-  ScriptedAnswer resetAtOnce() const { return ending_(Ending::Reset, std::nullopt); }
-  ScriptedAnswer resetAfter(std::size_t bytes) const { return ending_(Ending::Reset, bytes); }
+  ScriptedAnswer closing() const { return endingSo(Ending::Close, std::string::npos); }
+  ScriptedAnswer cutOffAfter(std::size_t bytes) const { return endingSo(Ending::Close, bytes); }
+  ScriptedAnswer resetAtOnce() const { return endingSo(Ending::Reset, std::nullopt); }
+  ScriptedAnswer resetAfter(std::size_t bytes) const { return endingSo(Ending::Reset, bytes); }
   /// Waits for the gate, or for `ScriptedServer::release()`, and then goes on.
   /// @{
-  ScriptedAnswer stalledAtOnce(Gate until = {}) const { return ending_(Ending::Stall, std::nullopt, std::move(until)); }
+  ScriptedAnswer stalledAtOnce(Gate until = {}) const {
+    return endingSo(Ending::Stall, std::nullopt, std::move(until));
+  }
   ScriptedAnswer stalledAfter(std::size_t bytes, Gate until = {}) const {
-    return ending_(Ending::Stall, bytes, std::move(until));
+    return endingSo(Ending::Stall, bytes, std::move(until));
   }
   /// @}
   /// Flips a bit of that byte of the body; checksums in headers stay.
   ScriptedAnswer flippedAt(std::size_t position) const;
 
  private:
-  ScriptedAnswer ending_(Ending how, std::optional<std::size_t> bytes, Gate until = {}) const;
+  ScriptedAnswer endingSo(Ending how, std::optional<std::size_t> bytes, Gate until = {}) const;
 };
 
 /// An HTTP/1.1 server on a port of its own on 127.0.0.1, with a thread a connection:
