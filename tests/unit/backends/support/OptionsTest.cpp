@@ -4,6 +4,7 @@
 #include <boost/property_tree/ptree.hpp>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <functional>
 
 namespace foundation::storage::backend::support {
@@ -15,20 +16,27 @@ TEST(OptionsTest, ReadsWhatIsThere) {
   ptree tree;
   tree.put("capacity", 18446744073709551615u);
   tree.put("none", "0");
+  tree.put("count", 5);
+  tree.put("time", 2147483647);
   tree.put("on", true);
   tree.put("off", false);
   Options options(tree);
   EXPECT_EQ(options.takeBytes("capacity"), 18446744073709551615u);
   EXPECT_EQ(options.takeBytes("none"), 0u);
+  EXPECT_EQ(options.takeNumber("count"), 5u);
+  EXPECT_EQ(options.takeDuration("time"), std::chrono::milliseconds(2147483647));
   EXPECT_EQ(options.takeFlag("on"), true);
   EXPECT_EQ(options.takeFlag("off"), false);
   EXPECT_EQ(options.takeBytes("absent"), std::nullopt);
+  EXPECT_EQ(options.takeDuration("absent"), std::nullopt);
   EXPECT_EQ(options.takeFlag("absent"), std::nullopt);
   EXPECT_NO_THROW(options.requireNoMore());
 }
 
 TEST(OptionsTest, NamesWhatItRefuses) {
   const auto bytes = [](Options& options) { options.takeBytes("x"); };
+  const auto number = [](Options& options) { options.takeNumber("x"); };
+  const auto duration = [](Options& options) { options.takeDuration("x"); };
   const auto flag = [](Options& options) { options.takeFlag("x"); };
   const auto none = [](Options& options) { options.requireNoMore(); };
   const struct {
@@ -42,6 +50,9 @@ TEST(OptionsTest, NamesWhatItRefuses) {
       {" 1", bytes, "Option \"x\": \" 1\" is no number of bytes"},
       {"1k", bytes, "Option \"x\": \"1k\" is no number of bytes"},
       {"18446744073709551616", bytes, "Option \"x\": \"18446744073709551616\" is no number of bytes"},
+      {"few", number, "Option \"x\": \"few\" is no number"},
+      {"1s", duration, "Option \"x\": \"1s\" is no number of milliseconds"},
+      {"2147483648", duration, "Option \"x\": it can be 2147483647 milliseconds at most"},
       {"yes", flag, "Option \"x\": \"yes\" is neither true nor false"},
       {"secret", none, "Option \"x\": this store has no such option"},
   };

@@ -3,9 +3,16 @@
 #include <foundation/storage/backend/support/InvalidOptionException.h>
 
 #include <charconv>
+#include <limits>
 #include <utility>
 
 namespace foundation::storage::backend::support {
+
+namespace {
+
+constexpr std::uint64_t longestDuration = std::numeric_limits<std::int32_t>::max();  // in milliseconds
+
+}  // namespace
 
 Options::Options(boost::property_tree::ptree tree) : tree_(std::move(tree)) {}
 Options::~Options() = default;
@@ -22,16 +29,28 @@ std::optional<std::string> Options::takeText(const std::string& key) {
   return found->second.data();
 }
 
-std::optional<std::uint64_t> Options::takeBytes(const std::string& key) {
+std::optional<std::uint64_t> Options::takeCount(const std::string& key, const std::string& what) {
   const auto text = takeText(key);
   if (!text)
     return std::nullopt;
-  std::uint64_t bytes = 0;
+  std::uint64_t count = 0;
   const auto* end = text->data() + text->size();
-  const auto [stop, error] = std::from_chars(text->data(), end, bytes);
+  const auto [stop, error] = std::from_chars(text->data(), end, count);
   if (error != std::errc() || stop != end)
-    throw InvalidOptionException(key, "\"" + *text + "\" is no number of bytes");
-  return bytes;
+    throw InvalidOptionException(key, "\"" + *text + "\" is no number" + what);
+  return count;
+}
+
+std::optional<std::uint64_t> Options::takeBytes(const std::string& key) { return takeCount(key, " of bytes"); }
+std::optional<std::uint64_t> Options::takeNumber(const std::string& key) { return takeCount(key, {}); }
+
+std::optional<std::chrono::milliseconds> Options::takeDuration(const std::string& key) {
+  const auto count = takeCount(key, " of milliseconds");
+  if (!count)
+    return std::nullopt;
+  if (*count > longestDuration)
+    throw InvalidOptionException(key, "it can be " + std::to_string(longestDuration) + " milliseconds at most");
+  return std::chrono::milliseconds(static_cast<std::int64_t>(*count));
 }
 
 std::optional<bool> Options::takeFlag(const std::string& key) {

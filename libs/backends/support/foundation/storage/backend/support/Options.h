@@ -4,6 +4,7 @@
 
 #include <boost/property_tree/ptree.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <set>
@@ -26,6 +27,10 @@ class FOUNDATION_EXPORT Options {
   /// A number of bytes: decimal digits. Nothing where the option is not given. Throws `InvalidOptionException` for any
   /// other value, for an option that has options of its own, and for one that is given twice.
   std::optional<std::uint64_t> takeBytes(const std::string& key);
+  /// Any other number; as `takeBytes`.
+  std::optional<std::uint64_t> takeNumber(const std::string& key);
+  /// A number of milliseconds, no more than 24 days' (2^31 - 1); otherwise as `takeBytes`.
+  std::optional<std::chrono::milliseconds> takeDuration(const std::string& key);
   /// "true" or "false"; otherwise as `takeBytes`.
   std::optional<bool> takeFlag(const std::string& key);
   /// Any text, in UTF-8; otherwise as `takeBytes`.
@@ -35,6 +40,9 @@ class FOUNDATION_EXPORT Options {
   void requireNoMore() const;
 
  private:
+  /// @param what  it counts
+  std::optional<std::uint64_t> takeCount(const std::string& key, const std::string& what);
+
   boost::property_tree::ptree tree_;
   std::set<std::string> taken_;
 };
