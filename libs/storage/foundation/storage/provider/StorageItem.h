@@ -149,6 +149,13 @@ class FOUNDATION_EXPORT StorageItem {
   ProviderStorageInfo getProviderStorageInfo() const;
   /// @}
 
+  /// What the provider offers beside `IProvider`, of that type, such as `extensions::IFileIdentity`; null where it does
+  /// not. Lives as long as an item of this provider.
+  template <class Extension>
+  Extension* findExtension() const {
+    return dynamic_cast<Extension*>(provider_.get());
+  }
+
   /// Sets the provider's options; does nothing where it takes none (`IConfigurableProvider`).
   void configure(boost::property_tree::ptree configuration) const;
   /// Has the provider hand all its changes to its store, not this item's alone; does nothing where it is no
