@@ -4,6 +4,7 @@
 #include <foundation/storage/backend/s3/detail/client/StoreFailure.h>
 #include <foundation/storage/backend/s3/detail/http/Interrupt.h>
 #include <foundation/storage/backend/s3/detail/wire/Documents.h>
+#include <foundation/storage/backend/s3/detail/wire/Request.h>
 
 #include <boost/date_time/posix_time/ptime.hpp>
 
@@ -112,25 +113,33 @@ class Client {
   /// What is known of the store's keeping conditions.
   Conditions conditions() const;
 
+  /// Where an answer is lost, an upload may stay open that nobody knows; see `listUploads`.
   UploadId beginUpload(const std::string& key, const wire::Headers& kept = {}) const;
   /// @param number  1 to 10,000
   wire::Part uploadPart(const UploadId& upload, int number, std::string_view body) const;
   /// Takes a part from an object in the same store, of any bucket that the credentials may read.
-  /// @param eTag  what the source must still be; empty: whatever it is
+  /// @param eTag  what the source must still be, `ResourceInUse` else; empty: whatever it is
   wire::Part copyPart(const UploadId& upload, int number, const std::string& sourceBucket, const std::string& sourceKey,
                       const Range& range, const std::string& eTag) const;
-  /// Puts the object together of its parts. Whether it was done is found out where the answer is lost.
+  /// Whether the store itself makes parts of that object in `copyPart`. Some decode the name twice, and would take
+  /// another object: the content of one with a '%' in its name comes here and goes back, the part's size in memory.
+  static bool copiesParts(const std::string& sourceKey);
+  /// Puts the object together of its parts. Whether it was done is found out where the answer is lost. With
+  /// `Existing::Refuse` this looks first, and sends the condition, too; where the store ignores that with uploads, an
+  /// object that somebody creates in between is replaced.
   /// @param size  of the whole object, to recognise it by
   void completeUpload(const UploadId& upload, const std::vector<wire::Part>& parts, std::uint64_t size,
                       Existing existing) const;
-  /// Forgets the upload with its parts; one that is not there any more is no failure.
+  /// Forgets the upload with its parts; one that is not there any more is no failure. A part that is still under way
+  /// may be kept in spite of it: to be called when all have ended.
   void abortUpload(const UploadId& upload) const;
   /// @param prefix  of the keys
   wire::UploadsPage listUploads(const std::string& prefix, const std::string& keyMarker = {},
                                 const std::string& uploadIdMarker = {}) const;
 
   /// Copies an object of up to 5 GiB in one request, with what is stored with it.
-  /// @param eTag  what the source must still be; empty: whatever it is
+  /// @param eTag  what the source must still be, `ResourceInUse` else; empty: whatever it is. A store that ignores this
+  ///              has copied what the source is now when that is found
   void copy(const std::string& sourceBucket, const std::string& sourceKey, const std::string& eTag,
             const std::string& key) const;
 
@@ -138,11 +147,18 @@ class Client {
 
   /// That there is nothing is no failure.
   void remove(const std::string& key) const;
-  /// Removes up to 1,000 in one request.
+  /// Removes any number, up to 1,000 in one request.
   /// @return those that could not be removed, and why
   std::vector<wire::FailedDeletion> remove(const std::vector<std::string>& keys) const;
 
  private:
+  Client withBucket(std::string bucket) const;
+  void requireBucket() const;
+  void requireUnchanged(const std::string& key, const std::string& eTag, std::string_view operation) const;
+  void removeBatch(const std::vector<std::string>& keys, std::vector<wire::FailedDeletion>& failed) const;
+  void removeSingly(const std::string& key, std::vector<wire::FailedDeletion>& failed) const;
+  Piece nothingBehind(const std::string& key, const Range& range) const;
+
   std::shared_ptr<Exchange> exchange_;
   std::string bucket_;
   std::shared_ptr<http::Interrupt> interrupt_;
