@@ -1,11 +1,14 @@
 #include <foundation/storage/backend/s3/detail/wire/Documents.h>
 
+#include "laws/DocumentLaws.h"
+
 #include <foundation/storage/backend/s3/detail/wire/Encoding.h>
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <random>
 
 namespace foundation::storage::backend::s3::detail::wire {
 namespace {
@@ -192,6 +195,19 @@ TEST(DocumentsTest, TellsWhatXmlCannotHold) {
   for (const auto& key : {std::string("\0", 1), std::string("a\x01"), std::string("\x1f"), std::string("\xff"),
                           std::string("\xed\xa0\x80"), std::string("\ufffe"), std::string("\uffff")})
     EXPECT_FALSE(canBeInXml(key)) << key;
+}
+
+TEST(DocumentsTest, GiveBackEveryKey) {
+  std::mt19937 engine(1);
+  const std::vector<std::string> pieces{"a",     "/",    " ",      "+",      "%",      "%41",        "&",
+                                        "&amp;", "<",    "]]>",    "\"",     "\r\n",   "\n",         "\t",
+                                        "\x01",  "\x7f", "\u0085", "\u00e9", "\uffff", "\U0001F600", "\xff"};
+  for (int i = 0; i < 1000; ++i) {
+    std::string key;
+    for (auto count = engine() % 6; count > 0; --count)
+      key += pieces[engine() % pieces.size()];
+    EXPECT_NO_THROW(laws::checkKey(key)) << key;
+  }
 }
 
 TEST(DocumentsTest, ReadsWhatCouldNotBeDeleted) {
