@@ -154,7 +154,6 @@ class Client {
  private:
   Client withBucket(std::string bucket) const;
   void requireBucket() const;
-  void requireUnchanged(const std::string& key, const std::string& eTag, std::string_view operation) const;
   void removeBatch(const std::vector<std::string>& keys, std::vector<wire::FailedDeletion>& failed) const;
   void removeSingly(const std::string& key, std::vector<wire::FailedDeletion>& failed) const;
   Piece nothingBehind(const std::string& key, const Range& range) const;

@@ -88,7 +88,6 @@ constexpr std::array meanings{
     Meaning{"", 404, ErrorCode::ResourceNotFound, "There is no such object"},
     Meaning{"", 405, ErrorCode::UnsupportedOperation, unsupported},
     Meaning{"", 409, ErrorCode::ResourceInUse, busy},
-    Meaning{"", 412, ErrorCode::ResourceInUse, busy},
     Meaning{"", 413, ErrorCode::FileTooLarge, tooLarge},
     Meaning{"", 414, ErrorCode::InvalidLocation, noSuchName},
     Meaning{"", 429, ErrorCode::IOError, tooMuch},

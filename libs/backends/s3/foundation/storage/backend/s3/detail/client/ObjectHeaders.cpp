@@ -62,6 +62,10 @@ std::optional<wire::Md5> md5Of(const wire::Headers& headers) {
   return isETagOpaque(headers) ? std::nullopt : wire::md5OfETag(valueOf(headers, "etag"));
 }
 
+std::string formatRange(const Range& range) {
+  return "bytes=" + std::to_string(range.offset) + "-" + std::to_string(range.offset + range.size - 1);
+}
+
 std::optional<ContentRange> parseContentRange(std::string_view text) {
   constexpr std::string_view unit = "bytes ";
   const auto dash = text.find('-');

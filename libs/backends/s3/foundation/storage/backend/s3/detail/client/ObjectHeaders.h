@@ -28,6 +28,9 @@ bool isETagOpaque(const wire::Headers& headers);
 /// The MD5 of the content, if the ETag is that.
 std::optional<wire::Md5> md5Of(const wire::Headers& headers);
 
+/// "bytes=0-9", as requests have it.
+std::string formatRange(const Range& range);
+
 /// What "content-range" says.
 struct ContentRange {
   std::uint64_t first;

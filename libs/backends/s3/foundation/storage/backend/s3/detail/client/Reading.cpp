@@ -16,10 +16,6 @@ constexpr int partial = 206;
 constexpr int changed = 412;
 constexpr int behindEnd = 416;
 
-std::string formatRange(const Range& range) {
-  return "bytes=" + std::to_string(range.offset) + "-" + std::to_string(range.offset + range.size - 1);
-}
-
 std::optional<ContentRange> rangeOf(const http::HttpAnswer& answer) {
   const auto* const header = wire::findHeader(answer.headers, "content-range");
   return header ? parseContentRange(*header) : std::nullopt;
