@@ -56,10 +56,7 @@ void Client::abortUpload(const UploadId& upload) const {
 
 wire::UploadsPage Client::listUploads(const std::string& prefix, const std::string& keyMarker,
                                       const std::string& uploadIdMarker) const {
-  Call call{.operation = "ListMultipartUploads",
-            .method = "GET",
-            .bucket = bucket_,
-            .query = {{"uploads", ""}, {"encoding-type", "url"}}};
+  Call call{.operation = "ListMultipartUploads", .method = "GET", .bucket = bucket_, .query = {{"uploads", ""}}};
   for (const auto& [name, value] : {std::pair("prefix", &prefix), std::pair("key-marker", &keyMarker),
                                     std::pair("upload-id-marker", &uploadIdMarker)})
     if (!value->empty())
