@@ -1,12 +1,13 @@
 #include <foundation/storage/backend/s3/detail/http/Connection.h>
 
+#include <foundation/storage/backend/s3/detail/http/HttpClient.h>
+
 #include <algorithm>
 #include <linux/sockios.h>
 #include <mutex>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <new>
-#include <stdexcept>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -21,7 +22,8 @@ void initialiseLibrary() {
   static std::once_flag isDone;
   std::call_once(isDone, [] {
     if (const auto code = curl_global_init(CURL_GLOBAL_DEFAULT); code != CURLE_OK)
-      throw std::runtime_error(std::string("libcurl cannot be used: ") + curl_easy_strerror(code));
+      throw TransportFailure(TransportFailure::Kind::Misconfigured, false,
+                             std::string("libcurl cannot be used: ") + curl_easy_strerror(code));
   });
 }
 

@@ -3,13 +3,10 @@
 #include <foundation/storage/backend/s3/detail/http/Options.h>
 #include <foundation/storage/backend/s3/detail/http/Outcome.h>
 
-#include <boost/algorithm/string/case_conv.hpp>
-#include <boost/algorithm/string/predicate.hpp>
-#include <boost/algorithm/string/trim.hpp>
-
 #include <algorithm>
-#include <charconv>
-#include <locale>
+#include <new>
+#include <stdexcept>
+#include <string>
 
 namespace foundation::storage::backend::s3::detail::http {
 
@@ -19,8 +16,6 @@ namespace {
 
 constexpr milliseconds betweenQuestions{50};
 constexpr milliseconds longestWait{10'000};
-/// In bytes: as much as is made room for only because a header says that it comes.
-constexpr std::uint64_t mostReserved = 64 * 1024 * 1024;
 
 template <class Value>
 Value info(CURL* easy, CURLINFO what) {
@@ -32,13 +27,14 @@ void require(CURLMcode code) {
   if (code == CURLM_OUT_OF_MEMORY)
     throw std::bad_alloc();
   if (code != CURLM_OK)
-    throw std::runtime_error(std::string("libcurl has failed: ") + curl_multi_strerror(code));
+    throw TransportFailure(TransportFailure::Kind::Broken, true,
+                           std::string("libcurl cannot go on: ") + curl_multi_strerror(code));
 }
 
 }  // namespace
 
 Transfer::Transfer(Connection& connection, const HttpSettings& settings, const HttpRequest& request)
-    : connection_(connection), settings_(settings), request_(request) {
+    : connection_(connection), settings_(settings), request_(request), reception_(connection.origin(), request) {
   setConnectionOptions(connection_.easy(), settings);
   lines_ = setRequestOptions(connection_.easy(), request);
   setCallbacks();
@@ -70,9 +66,7 @@ HttpAnswer Transfer::run(Interrupt& interrupt) {
   if (thrown_)
     std::rethrow_exception(thrown_);
   requireSuccess(result());
-  requireWholeBody();
-  answer_.status = static_cast<int>(info<long>(connection_.easy(), CURLINFO_RESPONSE_CODE));
-  return std::move(answer_);
+  return reception_.finish(static_cast<int>(info<long>(connection_.easy(), CURLINFO_RESPONSE_CODE)));
 }
 
 void Transfer::waitForEnd(Interrupt& interrupt) {
@@ -144,58 +138,8 @@ void Transfer::requireSuccess(CURLcode code) const {
     return;
   if (code == CURLE_OUT_OF_MEMORY)
     throw std::bad_alloc();
-  if (isTooLong_)
-    throw broken("the answer is longer than " + std::to_string(request_.longestAnswer) + " bytes");
   const std::string detail = detail_.front() == '\0' ? curl_easy_strerror(code) : detail_.data();
   throw failureOf({code, connection_.origin(), detail, hasBegun_});
-}
-
-void Transfer::requireWholeBody() const {
-  const auto status = info<long>(connection_.easy(), CURLINFO_RESPONSE_CODE);
-  const auto* length = wire::findHeader(answer_.headers, "content-length");
-  if (!length || request_.method == "HEAD" || status == 204 || status == 304)
-    return;
-  std::uint64_t size = 0;
-  const auto end = length->data() + length->size();
-  const auto [parsed, error] = std::from_chars(length->data(), end, size);
-  const auto isChunked = wire::findHeader(answer_.headers, "transfer-encoding") != nullptr;
-  if (error != std::errc() || parsed != end || (!isChunked && size != answer_.body.size()))
-    throw broken("the answer has " + std::to_string(answer_.body.size()) + " bytes, but says " + *length);
-}
-
-TransportFailure Transfer::broken(const std::string& message) const {
-  return failureOf({CURLE_PARTIAL_FILE, connection_.origin(), message, true});
-}
-
-void Transfer::takeHeader(std::string_view line) {
-  if (line.starts_with("HTTP/"))
-    return answer_.headers.clear();  // those before were of an interim answer
-  if (!answer_.body.empty())
-    return;  // a trailer
-  std::string text(line);
-  boost::algorithm::trim(text, std::locale::classic());
-  const auto colon = text.find(':');
-  const auto isContinued = line.starts_with(' ') || line.starts_with('\t');
-  if (isContinued && !answer_.headers.empty() && !text.empty())
-    answer_.headers.back().value += " " + text;
-  else if (!isContinued && colon != std::string::npos)
-    answer_.headers.push_back({boost::algorithm::to_lower_copy(text.substr(0, colon), std::locale::classic()),
-                               boost::algorithm::trim_copy(text.substr(colon + 1), std::locale::classic())});
-}
-
-std::size_t Transfer::takeBody(std::string_view bytes) {
-  auto& body = answer_.body;
-  if (bytes.size() > request_.longestAnswer - body.size()) {
-    isTooLong_ = true;
-    return 0;
-  }
-  if (body.empty()) {
-    const auto size = info<curl_off_t>(connection_.easy(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
-    if (size > 0)
-      body.reserve(std::min({static_cast<std::uint64_t>(size), mostReserved, request_.longestAnswer}));
-  }
-  body.append(bytes);
-  return bytes.size();
 }
 
 curl_socket_t Transfer::openSocket(const curl_sockaddr& address) {
@@ -220,14 +164,17 @@ Result Transfer::guard(Result failed, const Action& action) noexcept {
 std::size_t Transfer::onHeader(char* bytes, std::size_t one, std::size_t count, void* self) noexcept {
   auto& transfer = *static_cast<Transfer*>(self);
   return transfer.guard<std::size_t>(0, [&] {
-    transfer.takeHeader({bytes, one * count});
+    transfer.reception_.addLine({bytes, one * count});
     return one * count;
   });
 }
 
 std::size_t Transfer::onBody(char* bytes, std::size_t one, std::size_t count, void* self) noexcept {
   auto& transfer = *static_cast<Transfer*>(self);
-  return transfer.guard<std::size_t>(0, [&] { return transfer.takeBody({bytes, one * count}); });
+  return transfer.guard<std::size_t>(0, [&] {
+    transfer.reception_.addBody({bytes, one * count});
+    return one * count;
+  });
 }
 
 int Transfer::onRequest(void* self, char*, char*, int, int) noexcept {

@@ -2,6 +2,7 @@
 
 #include <foundation/storage/backend/s3/detail/http/Connection.h>
 #include <foundation/storage/backend/s3/detail/http/HttpClient.h>
+#include <foundation/storage/backend/s3/detail/http/Reception.h>
 
 #include <array>
 #include <atomic>
@@ -9,8 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
-#include <optional>
-#include <string_view>
 
 namespace foundation::storage::backend::s3::detail::http {
 
@@ -37,11 +36,6 @@ class Transfer {
   int patience(const Interrupt& interrupt) const;
   CURLcode result() const;
   void requireSuccess(CURLcode code) const;
-  void requireWholeBody() const;
-  TransportFailure broken(const std::string& message) const;
-
-  void takeHeader(std::string_view line);
-  std::size_t takeBody(std::string_view bytes);
   curl_socket_t openSocket(const curl_sockaddr& address);
 
   /// Nothing may be thrown through libcurl; it is kept for `run`.
@@ -58,10 +52,9 @@ class Transfer {
   const HttpRequest& request_;
   LinesHandle lines_;
   std::array<char, CURL_ERROR_SIZE> detail_{};
-  HttpAnswer answer_;
+  Reception reception_;
   std::exception_ptr thrown_;    ///< by what libcurl has called
   bool hasBegun_ = false;        ///< the request may be on the wire
-  bool isTooLong_ = false;       ///< the answer
   std::int64_t moved_ = 0;       ///< bytes, up to `lastMoved_`
   Clock::time_point lastMoved_;  ///< looked at now and then
 };
