@@ -1,0 +1,171 @@
+#include <foundation/storage/backend/s3/detail/stream/Upload.h>
+
+#include <foundation/storage/backend/s3/detail/stream/Limits.h>
+#include <foundation/storage/backend/support/Log.h>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace foundation::storage::backend::s3::detail::stream {
+
+using namespace std::chrono_literals;
+using client::StoreFailure;
+
+namespace {
+
+/// How long the end of a stream may take beyond its operation, where the store does not answer.
+constexpr auto patience = 10s;
+
+std::function<void()> asking(std::function<bool()> proceed) {
+  if (!proceed)
+    return {};
+  return [proceed = std::move(proceed)] {
+    if (!proceed())
+      throw http::Interrupted();
+  };
+}
+
+}  // namespace
+
+Upload::Upload(const client::Client& client, std::string key, wire::Headers headers, std::function<bool()> proceed)
+    : client_(client),
+      endable_(client),
+      key_(std::move(key)),
+      headers_(std::move(headers)),
+      ask_(asking(std::move(proceed))) {}
+
+Upload::~Upload() { abandon(); }
+
+void Upload::add(std::string&& bytes) {
+  makeRoom();
+  const auto size = bytes.size();
+  const auto body = std::make_shared<std::string>(std::move(bytes));
+  try {
+    add([this, body](const auto& id, int number) { return endable_.get().uploadPart(id, number, *body); }, size);
+  } catch (...) {
+    bytes = std::move(*body);
+    throw;
+  }
+}
+
+void Upload::add(Source source) {
+  makeRoom();
+  const auto size = source.range.size;
+  add(
+      [this, source = std::move(source)](const auto& id, int number) {
+        return endable_.get().copyPart(id, number, client_.bucket(), source.key, source.range, source.eTag);
+      },
+      size);
+}
+
+void Upload::makeRoom() {
+  if (nextNumber() > mostParts)
+    throw StoreFailure(provider::ErrorCode::FileTooLarge,
+                       "No object has more than 10,000 parts; larger parts hold more content");
+  waitForFewerThan(client_.settings().parallelParts);
+  check();
+  if (!id_)
+    id_ = client_.beginUpload(key_, headers_);
+}
+
+void Upload::add(Send send, std::uint64_t size) {
+  std::size_t index = 0;
+  {
+    const std::lock_guard lock(mutex_);
+    index = parts_.size();
+    parts_.push_back({std::move(send), {}});
+  }
+  size_ += size;
+  start(index);
+}
+
+void Upload::start(std::size_t index) noexcept {
+  try {
+    tasks_.start([this, index] { run(index); });
+  } catch (const std::exception&) {
+    const std::lock_guard lock(mutex_);
+    failure_ = std::current_exception();
+  }
+}
+
+void Upload::run(std::size_t index) noexcept {
+  std::exception_ptr failure;
+  try {
+    const auto& part = [&]() -> const Part& {
+      const std::lock_guard lock(mutex_);
+      return parts_[index];
+    }();
+    auto stored = part.send(*id_, static_cast<int>(index) + 1);
+    const std::lock_guard lock(mutex_);
+    parts_[index] = {nullptr, std::move(stored)};
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  const std::lock_guard lock(mutex_);
+  if (failure && !failure_)
+    failure_ = failure;
+}
+
+void Upload::check() const {
+  const std::lock_guard lock(mutex_);
+  if (failure_)
+    std::rethrow_exception(failure_);
+}
+
+void Upload::retry() {
+  waitForFewerThan(1);
+  failure_ = nullptr;
+  for (std::size_t index = 0; index < parts_.size(); ++index) {
+    const bool isStored = [&] {
+      const std::lock_guard lock(mutex_);
+      return !parts_[index].send;
+    }();
+    if (isStored)
+      continue;
+    waitForFewerThan(client_.settings().parallelParts);
+    start(index);
+  }
+}
+
+void Upload::complete(client::Existing existing) {
+  waitForFewerThan(1);
+  check();
+  std::vector<wire::Part> stored;
+  stored.reserve(parts_.size());
+  for (const auto& part : parts_)
+    stored.push_back(part.stored);
+  client_.completeUpload(*id_, stored, size_, existing);
+  id_.reset();
+}
+
+void Upload::abort() { abortWith(std::make_shared<http::Interrupt>()); }
+
+void Upload::abandon() noexcept {
+  try {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    abortWith(std::make_shared<http::Interrupt>([end] { return std::chrono::steady_clock::now() >= end; }));
+  } catch (...) {
+    support::logCaughtFailure("An upload could not be aborted, and takes up space in the store.");
+  }
+}
+
+/// Asks with another interrupt than the client's, which may be what has ended the upload.
+void Upload::abortWith(const std::shared_ptr<http::Interrupt>& interrupt) {
+  endable_.end();
+  tasks_.waitForFewerThan(1);
+  if (!id_)
+    return;
+  try {
+    client_.endingWith(interrupt).abortUpload(*id_);
+  } catch (const http::Interrupted&) {
+    throw StoreFailure(provider::ErrorCode::IOError, "The store does not answer", {"AbortMultipartUpload"});
+  }
+  id_.reset();
+}
+
+void Upload::waitForFewerThan(unsigned count) { tasks_.waitForFewerThan(count, ask_); }
+
+}  // namespace foundation::storage::backend::s3::detail::stream
