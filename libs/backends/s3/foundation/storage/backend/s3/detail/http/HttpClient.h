@@ -26,7 +26,8 @@ struct HttpRequest {
   wire::Headers headers = {};  ///< all that are sent, but for "content-length"
   std::string_view body = {};  ///< the caller keeps it alive
   std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::time_point::max();
-  std::uint64_t longestAnswer = 256 * 1024 * 1024;  ///< in bytes, of its body; one that is longer is given up
+  std::uint64_t longestAnswer =
+      std::uint64_t{256} * 1024 * 1024;  ///< in bytes, of its body; one that is longer is given up
 };
 
 /// What came back, whatever the status; redirections are not followed.

@@ -15,9 +15,9 @@ namespace foundation::storage::backend::s3::detail::http {
 namespace {
 
 /// In bytes; stores send a few hundred, and some KiB of what users store with an object.
-constexpr std::size_t longestHeader = 256 * 1024;
+constexpr std::size_t longestHeader = std::size_t{256} * 1024;
 /// In bytes: as much as is made room for only because a header says that it comes.
-constexpr std::uint64_t mostReserved = 64 * 1024 * 1024;
+constexpr std::uint64_t mostReserved = std::uint64_t{64} * 1024 * 1024;
 
 std::string trimmed(std::string_view text) {
   return boost::algorithm::trim_copy(std::string(text), std::locale::classic());
