@@ -12,7 +12,6 @@ namespace {
 
 constexpr auto operation = "CompleteMultipartUpload";
 constexpr int badRequest = 400;
-constexpr int notFound = 404;
 constexpr int exists = 412;
 constexpr int notImplemented = 501;
 
@@ -31,21 +30,43 @@ Completion::Completion(Exchange& exchange, std::string bucket, const UploadId& u
       size_(size),
       interrupt_(interrupt) {}
 
-/// Stores that keep the condition for what is written at once need not keep it here: so this looks, too.
 void Completion::run(Existing existing) {
-  if (existing == Existing::Replace)
-    return settle(send(false));
+  try {
+    if (existing == Existing::Replace)
+      send(If::Anything);
+    else
+      create();
+  } catch (const StoreFailure& failure) {
+    // The upload is gone once it has been completed: by an attempt whose answer was lost, perhaps. A store that did not
+    // answer at all is not asked for more.
+    const auto& details = failure.details();
+    if (!details.mayBeDone || details.status == 0 || !isDone())
+      throw;
+  }
+}
+
+/// Stores that keep the condition for what is written at once need not keep it here: so this looks, too.
+void Completion::create() {
   if (look(exchange_, bucket_, upload_.key, interrupt_))
     refuseExisting(operation, 0);
-  const auto onCondition = exchange_.learnt().creation != Conditions::Ignored;
-  const auto reply = send(onCondition);
-  if (!onCondition || reply.answer.status < 300 || !mayRefuseConditions(refusalOf(reply.answer)))
-    return settle(reply);
-  settle(send(false));
+  if (exchange_.learnt().creation == Conditions::Ignored) {
+    send(If::Anything);
+    return;
+  }
+  const auto reply = send(If::Nothing);
+  const auto status = reply.answer.status;
+  if (status < 300 || (status == exists && reply.mayBeDone && isDone()))
+    return;
+  if (status == exists)
+    refuseExisting(operation, reply.attempts);
+  const auto refusal = refusalOf(reply.answer);
+  if (!mayRefuseConditions(refusal))
+    throw failureOf(refusal, operation, reply.attempts);
+  send(If::Anything);
   noteIgnored(exchange_.learnt());
 }
 
-Reply Completion::send(bool onCondition) {
+Reply Completion::send(If what) {
   const auto body = wire::makeCompletion(parts_);
   Call call{.operation = operation,
             .method = "POST",
@@ -54,34 +75,12 @@ Reply Completion::send(bool onCondition) {
             .query = {{"uploadId", upload_.id}},
             .headers = {{"content-type", "application/xml"}},
             .body = body,
-            .alsoTaken = {notFound},
             .check = [](const http::HttpAnswer& answer) { wire::parseETag(answer.body); }};
-  if (onCondition) {
+  if (what == If::Nothing) {
     call.headers.push_back({"if-none-match", "*"});
-    call.alsoTaken = {badRequest, notFound, exists, notImplemented};
+    call.alsoTaken = {badRequest, exists, notImplemented};
   }
-  try {
-    return exchange_.send(call, interrupt_);
-  } catch (const StoreFailure& failure) {
-    // A store that answers may have acted on the attempt before, whatever it says of this one.
-    if (failure.details().status == 0 || failure.details().attempts < 2 || !isDone())
-      throw;
-    return {};
-  }
-}
-
-/// The upload is gone once it has been completed: by an attempt whose answer was lost, perhaps.
-void Completion::settle(const Reply& reply) {
-  const auto status = reply.answer.status;
-  if (status < 300)
-    return;
-  const auto refusal = refusalOf(reply.answer);
-  const auto isOpen = refusal.code == "NoSuchBucket" || (status != notFound && status != exists);
-  if (!isOpen && reply.mayBeDone && isDone())
-    return;
-  if (status == exists)
-    refuseExisting(operation, reply.attempts);
-  throw failureOf(refusal, operation, reply.attempts);
+  return exchange_.send(call, interrupt_);
 }
 
 bool Completion::isDone() {

@@ -18,8 +18,10 @@ class Completion {
   void run(Existing existing);
 
  private:
-  Reply send(bool onCondition);
-  void settle(const Reply& reply);
+  enum class If { Anything, Nothing };  ///< is there
+
+  void create();
+  Reply send(If what);
   bool isDone();
 
   Exchange& exchange_;

@@ -22,7 +22,7 @@ Refusal refusalOf(const http::HttpAnswer& answer);
 bool isExplained(const Refusal& refusal);
 
 /// The failure that a refusal is, with a sentence about what to do.
-/// @param attempts  made so far
+/// @param attempts  how many there were
 StoreFailure failureOf(const Refusal& refusal, std::string_view operation, int attempts);
 
 /// Likewise of a request without an answer.

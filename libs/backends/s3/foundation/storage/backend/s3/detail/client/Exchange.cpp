@@ -88,14 +88,10 @@ class Exchange::Attempts {
             .longestAnswer = call_.longestAnswer};
   }
 
-  /// A failure may hide in a 200: of what takes long, the store has to begin the answer before it knows.
   bool isAnswered() {
     const auto& answer = reply_.answer;
-    if (answer.status < 300 && (call_.asksForContent || !wire::parseError(answer.body))) {
-      if (call_.check)
-        call_.check(answer);
+    if (answer.status < 300 && isExpected(answer))
       return true;
-    }
     const auto refusal = refusalOf(answer);
     auto setback = setbackOf(answer, refusal);
     if (exchange_.clock_.learn(answer, refusal.code, signedAt_))
@@ -106,6 +102,19 @@ class Exchange::Attempts {
       return true;
     note(setback, failureOf(refusal, call_.operation, reply_.attempts));
     return false;
+  }
+
+  /// A failure may hide in a 200: of what takes long, the store begins the answer before it knows.
+  bool isExpected(const http::HttpAnswer& answer) const {
+    try {
+      if (call_.check)
+        call_.check(answer);
+      return true;
+    } catch (const wire::MalformedDocument&) {
+      if (wire::parseError(answer.body))
+        return false;
+      throw;
+    }
   }
 
   void noteBadAnswer(const char* reason) {
@@ -124,8 +133,11 @@ class Exchange::Attempts {
   /// Waits until the next attempt; throws where there is to be none.
   void prepareNext() {
     const auto pause = policy_.pauseAfter(setback_);
-    if (!pause || steady_clock::now() + *pause >= deadline_)
-      throw StoreFailure(*failure_);
+    if (!pause || steady_clock::now() + *pause >= deadline_) {
+      auto details = failure_->details();
+      details.mayBeDone = reply_.mayBeDone;
+      throw StoreFailure(failure_->errorCode(), failure_->what(), details);
+    }
     if (interrupt_.waitFor(*pause))
       throw http::Interrupted();
   }

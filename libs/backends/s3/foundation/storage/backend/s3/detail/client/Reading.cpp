@@ -61,7 +61,7 @@ Piece Client::read(const std::string& key, const Range& range, const std::string
             .key = key,
             .headers = {{"range", formatRange(range)}},
             .alsoTaken = {changed, behindEnd},
-            .asksForContent = true,
+            .longestAnswer = std::max(range.size, Call().longestAnswer),
             .check = [&range](const http::HttpAnswer& answer) { requirePiece(answer, range); }};
   if (!eTag.empty())
     call.headers.push_back({"if-match", '"' + eTag + '"'});

@@ -16,6 +16,7 @@ struct FailureDetails {
   std::string message = {};    ///< the store's own
   std::string requestId = {};
   int attempts = 0;
+  bool mayBeDone = false;  ///< an attempt may have done what was asked, though none has said so
 };
 
 /// A request that has failed for good. What is known of the location, whoever catches it adds.
