@@ -133,12 +133,28 @@ TEST_F(ReadStreamTest, FindsDamage) {
   }
 }
 
-TEST_F(ReadStreamTest, BelievesOnlyWhatFitsTheParts) {
-  const wire::Header ours{std::string(partSizeHeader), std::to_string(mebi)};
-  const std::vector<std::string> parts{sample(mebi / 2), sample(mebi), sample(mebi / 2)};
-  for (const auto& headers : {wire::Headers{}, wire::Headers{ours}, wire::Headers{{ours.name, "none"}}}) {
-    putInParts(headers, parts);
-    EXPECT_TRUE(readAll(*openReading(target(mebi))) == parts[0] + parts[1] + parts[2]);
+TEST_F(ReadStreamTest, BelievesOnlyETagsThatFitTheParts) {
+  const std::string name(partSizeHeader);
+  const std::vector<std::string> three{sample(mebi / 2), sample(mebi), sample(mebi / 2)};
+  const std::vector<std::string> two{sample(mebi / 2), sample(3 * mebi / 2)};
+  const struct {
+    wire::Headers headers;
+    std::vector<std::string> parts;
+    const char* encryption;
+  } cases[] = {{{}, three, "AES256"},
+               {{{name, "none"}}, three, "AES256"},
+               {{{name, std::to_string(mebi)}}, three, "AES256"},
+               {{{name, std::to_string(mebi)}}, two, "aws:kms"}};
+  for (const auto& c : cases) {
+    putInParts(c.headers, c.parts);
+    store.failNext("GetObject", 2, damaging([&](auto answer) {
+                     answer.headers.push_back({"x-amz-server-side-encryption", c.encryption});
+                     return answer;
+                   }));
+    std::string bytes;
+    for (const auto& part : c.parts)
+      bytes += part;
+    EXPECT_TRUE(readAll(*openReading(target(mebi))) == bytes) << c.encryption;
   }
 }
 

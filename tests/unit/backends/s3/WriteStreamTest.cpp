@@ -290,9 +290,10 @@ TEST(LimitsTest, PartsHoldTheLargestObject) {
 }
 
 TEST(LimitsTest, CopiesAreDividedEvenly) {
-  for (const auto size : {1ull, 5ull << 20, (512ull << 20) + 1, 5ull << 30, 5ull << 40}) {
+  const auto partSize = Limits().copiedPart;
+  for (const auto size : std::vector<std::uint64_t>{1, 5ull << 20, partSize + 1, 5ull << 30, 5ull << 40}) {
     std::uint64_t end = 0;
-    for (const auto& range : divide(size, {})) {
+    for (const auto& range : divide(size, partSize)) {
       ASSERT_EQ(range.offset, end);
       ASSERT_LE(range.size, 5ull << 30) << size;
       ASSERT_TRUE(range.size >= 5ull << 20 || range.size == size) << size;

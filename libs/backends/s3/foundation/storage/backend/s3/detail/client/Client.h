@@ -24,6 +24,7 @@ struct ObjectInfo {
   std::uint64_t size = 0;  ///< in bytes, of the whole object
   boost::posix_time::ptime lastModified;
   std::string eTag;              ///< without quotes; may be empty
+  bool isETagOpaque = false;     ///< it says nothing of the content, which is encrypted
   std::optional<wire::Md5> md5;  ///< of the content, where the ETag is one
   wire::Headers kept;            ///< what copies by parts have to carry over: content-type, cache-control,
                                  ///< content-disposition, content-encoding, content-language, expires, x-amz-meta-*

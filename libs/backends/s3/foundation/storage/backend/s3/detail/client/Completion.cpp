@@ -88,7 +88,7 @@ bool Completion::isDone() {
   if (!sight || sight->object.size != size_)
     return false;
   return sight->object.eTag == eTagOfParts(parts_) ||
-         (sight->isETagOpaque && endsWith(sight->object.eTag, "-" + std::to_string(parts_.size())));
+         (sight->object.isETagOpaque && endsWith(sight->object.eTag, "-" + std::to_string(parts_.size())));
 }
 
 }  // namespace foundation::storage::backend::s3::detail::client

@@ -38,6 +38,7 @@ ObjectInfo objectInfoOf(const wire::Headers& headers) {
   ObjectInfo info;
   info.lastModified = wire::parseHttpTime(valueOf(headers, "last-modified"));
   info.eTag = eTagOf(headers);
+  info.isETagOpaque = isETagOpaque(headers);
   info.md5 = md5Of(headers);
   std::copy_if(headers.begin(), headers.end(), std::back_inserter(info.kept),
                [](const wire::Header& header) { return isKept(header.name); });

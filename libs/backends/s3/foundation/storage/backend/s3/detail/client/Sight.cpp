@@ -27,7 +27,7 @@ std::optional<Sight> look(Exchange& exchange, const std::string& bucket, const s
                           .answer;
   if (answer.status == 404)
     return std::nullopt;
-  Sight sight{objectInfoOf(answer.headers), isETagOpaque(answer.headers), {}};
+  Sight sight{objectInfoOf(answer.headers), {}};
   sight.object.size = lengthOf(answer.headers);
   if (const auto* const date = wire::findHeader(answer.headers, "date"))
     sight.seen = wire::parseHttpTime(*date);

@@ -11,7 +11,6 @@ namespace foundation::storage::backend::s3::detail::client {
 /// An object as it was found at one moment.
 struct Sight {
   ObjectInfo object;
-  bool isETagOpaque = false;      ///< it says nothing of the content
   boost::posix_time::ptime seen;  ///< when, by the store's clock
 
   /// Whether it can have been written within that time before it was seen. The store's times are whole seconds.

@@ -14,7 +14,8 @@ namespace {
 std::uint64_t partSizeOf(const client::ObjectInfo& object) {
   const auto* text = wire::findHeader(object.kept, partSizeHeader);
   std::uint64_t partSize = 0;
-  if (!text || std::from_chars(text->data(), text->data() + text->size(), partSize).ec != std::errc() || partSize == 0)
+  if (!text || object.isETagOpaque ||
+      std::from_chars(text->data(), text->data() + text->size(), partSize).ec != std::errc() || partSize == 0)
     return 0;
   int count = 0;
   for (std::uint64_t end = 0; end < object.size && count < mostParts; ++count)

@@ -42,7 +42,7 @@ void copyWhole(const client::Client& client, const std::string& sourceKey, const
 void copyByParts(const client::Client& client, const std::string& sourceKey, const ObjectInfo& source,
                  std::uint64_t size, const std::string& key, const Limits& limits, std::function<bool()> proceed) {
   Upload upload(client, key, takenOver(source.kept), std::move(proceed));
-  for (const auto& range : divide(size, limits))
+  for (const auto& range : divide(size, copiedPart(client, sourceKey, limits)))
     upload.add(Upload::Source{sourceKey, source.eTag, range});
   upload.complete(Existing::Replace);
 }

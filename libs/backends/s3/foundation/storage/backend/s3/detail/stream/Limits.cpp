@@ -29,8 +29,8 @@ wire::Headers takenOver(const wire::Headers& kept) {
   return headers;
 }
 
-std::vector<client::Range> divide(std::uint64_t size, const Limits& limits) {
-  const auto count = quotientUp(size, std::max(limits.copiedPart, quotientUp(size, mostCopiedParts)));
+std::vector<client::Range> divide(std::uint64_t size, std::uint64_t partSize) {
+  const auto count = quotientUp(size, std::max(partSize, quotientUp(size, mostCopiedParts)));
   std::vector<client::Range> ranges;
   std::uint64_t offset = 0;
   for (auto left = count; left > 0; --left) {
@@ -39,6 +39,12 @@ std::vector<client::Range> divide(std::uint64_t size, const Limits& limits) {
     offset += part;
   }
   return ranges;
+}
+
+std::uint64_t copiedPart(const client::Client& client, const std::string& sourceKey, const Limits& limits) {
+  if (client::Client::copiesParts(sourceKey))
+    return limits.copiedPart;
+  return std::min(limits.copiedPart, std::max(client.settings().partSize, 2 * limits.smallestPart));
 }
 
 }  // namespace foundation::storage::backend::s3::detail::stream

@@ -3,6 +3,7 @@
 #include <foundation/storage/backend/s3/detail/client/Client.h>
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -12,7 +13,7 @@ namespace foundation::storage::backend::s3::detail::stream {
 struct Limits {
   std::uint64_t smallestPart = 5ull << 20;  ///< of an upload, but for its last
   std::uint64_t largestCopy = 5ull << 30;   ///< that one request makes
-  std::uint64_t copiedPart = 512ull << 20;  ///< of a copy by parts, more where the parts would be too many
+  std::uint64_t copiedPart = 128ull << 20;  ///< of a copy by parts: soon done, so that no connection idles for long
 };
 
 /// No upload has more.
@@ -27,7 +28,10 @@ constexpr std::string_view partSizeHeader = "x-amz-meta-foundation-part-size";
 /// The headers that another object, or other content, takes over: all but that one.
 wire::Headers takenOver(const wire::Headers& kept);
 
-/// Divides the first `size` bytes of an object into parts to copy, all of about the same size.
-std::vector<client::Range> divide(std::uint64_t size, const Limits& limits);
+/// Divides the first `size` bytes of an object into parts to copy, all of about the same size, and none too small for
+/// others to follow.
+std::vector<client::Range> divide(std::uint64_t size, std::uint64_t partSize);
+/// The size of such parts; smaller where their content has to come here and go back.
+std::uint64_t copiedPart(const client::Client& client, const std::string& sourceKey, const Limits& limits);
 
 }  // namespace foundation::storage::backend::s3::detail::stream

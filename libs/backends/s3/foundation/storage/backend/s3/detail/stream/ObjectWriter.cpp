@@ -79,7 +79,7 @@ void ObjectWriter::begin() {
 }
 
 void ObjectWriter::copyKept() {
-  const auto ranges = divide(mode_.kept->size, limits_);
+  const auto ranges = divide(mode_.kept->size, copiedPart(client_, key_, limits_));
   for (; copied_ < ranges.size(); ++copied_)
     upload_->add(Upload::Source{key_, mode_.kept->eTag, ranges[copied_]});
 }
