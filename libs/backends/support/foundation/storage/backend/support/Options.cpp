@@ -12,6 +12,19 @@ namespace {
 
 constexpr std::uint64_t longestDuration = std::numeric_limits<std::int32_t>::max();  // in milliseconds
 
+/// @param what  it counts
+std::optional<std::uint64_t> countIn(const std::optional<std::string>& text, const std::string& key,
+                                     const std::string& what) {
+  if (!text)
+    return std::nullopt;
+  std::uint64_t count = 0;
+  const auto* end = text->data() + text->size();
+  const auto [stop, error] = std::from_chars(text->data(), end, count);
+  if (error != std::errc() || stop != end)
+    throw InvalidOptionException(key, "\"" + *text + "\" is no number" + what);
+  return count;
+}
+
 }  // namespace
 
 Options::Options(boost::property_tree::ptree tree) : tree_(std::move(tree)) {}
@@ -29,23 +42,14 @@ std::optional<std::string> Options::takeText(const std::string& key) {
   return found->second.data();
 }
 
-std::optional<std::uint64_t> Options::takeCount(const std::string& key, const std::string& what) {
-  const auto text = takeText(key);
-  if (!text)
-    return std::nullopt;
-  std::uint64_t count = 0;
-  const auto* end = text->data() + text->size();
-  const auto [stop, error] = std::from_chars(text->data(), end, count);
-  if (error != std::errc() || stop != end)
-    throw InvalidOptionException(key, "\"" + *text + "\" is no number" + what);
-  return count;
+std::optional<std::uint64_t> Options::takeBytes(const std::string& key) {
+  return countIn(takeText(key), key, " of bytes");
 }
 
-std::optional<std::uint64_t> Options::takeBytes(const std::string& key) { return takeCount(key, " of bytes"); }
-std::optional<std::uint64_t> Options::takeNumber(const std::string& key) { return takeCount(key, {}); }
+std::optional<std::uint64_t> Options::takeNumber(const std::string& key) { return countIn(takeText(key), key, {}); }
 
 std::optional<std::chrono::milliseconds> Options::takeDuration(const std::string& key) {
-  const auto count = takeCount(key, " of milliseconds");
+  const auto count = countIn(takeText(key), key, " of milliseconds");
   if (!count)
     return std::nullopt;
   if (*count > longestDuration)

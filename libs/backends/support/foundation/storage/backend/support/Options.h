@@ -40,9 +40,6 @@ class FOUNDATION_EXPORT Options {
   void requireNoMore() const;
 
  private:
-  /// @param what  it counts
-  std::optional<std::uint64_t> takeCount(const std::string& key, const std::string& what);
-
   boost::property_tree::ptree tree_;
   std::set<std::string> taken_;
 };
