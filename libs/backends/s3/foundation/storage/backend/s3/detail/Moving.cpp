@@ -1,0 +1,143 @@
+#include <foundation/storage/backend/s3/detail/Moving.h>
+
+#include <foundation/storage/backend/s3/detail/Failure.h>
+#include <foundation/storage/backend/s3/detail/Lookup.h>
+#include <foundation/storage/backend/s3/detail/Parallel.h>
+#include <foundation/storage/backend/s3/detail/Removal.h>
+#include <foundation/storage/backend/s3/detail/stream/Streams.h>
+#include <foundation/storage/backend/support/Log.h>
+
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace foundation::storage::backend::s3::detail {
+
+using provider::ErrorCode;
+using provider::ReplacementPolicy;
+
+namespace {
+
+/// Beyond this, objects are copied by parts, which have to be told what else is stored with the object.
+constexpr std::uint64_t mostCopiedAtOnce = std::uint64_t{5} << 30;  // docs.aws.amazon.com, "CopyObject"
+
+/// What a move onto the source itself comes to.
+void keepInPlace(const Place& destination, ReplacementPolicy policy) {
+  if (preservesExisting(policy))
+    throw refusal(ErrorCode::ResourceAlreadyExists, destination.location, u"This is the source itself");
+}
+
+/// Throws unless a folder can be moved there.
+/// @return whether an empty object stands for the folder that is replaced
+bool requireFolderDestination(Session& session, const Place& place, ReplacementPolicy policy) {
+  if (!place.isRoot())
+    requireParent(session, place);
+  const bool isFile = findFile(session, place).has_value();
+  const auto page = at(place.location, [&] { return session.client.list({.prefix = place.prefix(), .most = 2}); });
+  if ((isFile || !page.objects.empty()) && preservesExisting(policy))
+    throw refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
+  if (isFile)
+    throw refusal(ErrorCode::InvalidLocation, place.location, u"This is a file");
+  const bool isMarked = !page.objects.empty() && page.objects.front().key == place.prefix();
+  if (page.objects.size() > (isMarked ? 1u : 0u))
+    throw refusal(ErrorCode::FolderNotEmpty, place.location, u"The folder is not empty");
+  return isMarked;
+}
+
+class FolderMove {
+ public:
+  FolderMove(Session& session, const provider::StorageIRI& root, const Place& source, const Place& destination)
+      : session_(session), root_(root), source_(source), from_(source.prefix()), to_(destination.prefix()) {}
+
+  /// Copies everything, or nothing.
+  /// @param keepsMarker  whether the destination was there before, and stays in any case
+  void copyAll(bool keepsMarker) {
+    try {
+      const client::Client::Listing all{.prefix = from_};
+      for (std::string token;;) {
+        const auto page = at(source_.location, [&] { return session_.client.list(all, token); });
+        inParallel(page.objects.size(), session_.client.settings().parallelParts,
+                   [&](std::size_t number) { copy(page.objects[number]); });
+        token = page.nextToken;
+        if (token.empty())
+          return;
+      }
+    } catch (...) {
+      removeCopies(keepsMarker);
+      throw;
+    }
+  }
+
+  void removeSource() {
+    ObjectRemoval removal(session_.client, root_);
+    for (const auto& name : names_)
+      removal.remove(from_ + name);
+    removal.finish();
+  }
+
+ private:
+  void copy(const wire::ListedObject& object) {
+    at(locationOf(root_, object.key), [&] {
+      client::ObjectInfo info{object.size, object.lastModified, object.eTag, {}, {}};
+      if (object.size > mostCopiedAtOnce)
+        info = session_.client.head(object.key).value_or(info);
+      auto name = object.key.substr(from_.size());
+      stream::copyObject(session_.client, object.key, info, to_ + name);
+      const std::scoped_lock lock(mutex_);
+      names_.push_back(std::move(name));
+    });
+  }
+
+  void removeCopies(bool keepsMarker) noexcept {
+    try {
+      ObjectRemoval removal(session_.client, root_);
+      for (const auto& name : names_)
+        if (!name.empty() || !keepsMarker)
+          removal.remove(to_ + name);
+      removal.finish();
+    } catch (...) {
+      support::logCaughtFailure("A folder could not be moved, and what was copied of it could not be removed again.");
+    }
+  }
+
+  Session& session_;
+  const provider::StorageIRI& root_;
+  const Place& source_;
+  const std::string from_;
+  const std::string to_;
+  std::mutex mutex_;                ///< guards the names
+  std::vector<std::string> names_;  ///< of what was copied, within either folder
+};
+
+}  // namespace
+
+void moveFile(Session& session, const Place& source, const Place& destination, ReplacementPolicy policy) {
+  const auto object = requireFile(session, source);
+  if (destination.key == source.key)
+    return keepInPlace(destination, policy);
+  requireDestination(session, destination, policy);
+  at(destination.location, [&] { stream::copyObject(session.client, source.key, object, destination.key); });
+  session.folders.written(destination.parentPrefix());
+  at(source.location, [&] { session.client.remove(source.key); });
+  session.folders.fileRemoved(source.key);
+}
+
+void moveFolder(Session& session, const provider::StorageIRI& root, const Place& source, const Place& destination,
+                ReplacementPolicy policy) {
+  requireFolder(session, source);
+  if (source.isRoot())
+    throw refusal(ErrorCode::InvalidLocation, source.location, u"The bucket itself stays what it is");
+  if (destination.key == source.key)
+    return keepInPlace(destination, policy);
+  if (destination.key.starts_with(source.prefix()))
+    throw refusal(ErrorCode::InvalidLocation, destination.location, u"A folder cannot be moved into itself");
+  FolderMove move(session, root, source, destination);
+  move.copyAll(requireFolderDestination(session, destination, policy));
+  session.folders.appeared(destination.prefix());
+  session.folders.forget(source.prefix());  // what a failure leaves of it is anybody's guess
+  move.removeSource();
+  session.folders.forget(source.prefix());
+}
+
+}  // namespace foundation::storage::backend::s3::detail
