@@ -1,7 +1,8 @@
-// Our back ends, what each can do, and the kit's checks over them.
+// Our back ends, what each can do, and the kit's checks over them; over an object store where the environment has one.
 
 #include "ArchiveStore.h"
 #include "MemoryStore.h"
+#include "ObjectStore.h"
 #include "Summary.h"
 #include "support/Permissions.h"
 
@@ -85,5 +86,9 @@ int main(int argc, char** argv) {
   }
   obeyPermissions();
   std::setlocale(LC_CTYPE, "C.UTF-8");  // libarchive, which makes archives here, converts names by it
-  return runConformance(argc, argv, ourBackEnds());
+  auto backEnds = ourBackEnds();
+  // The table tells of it also where there is none to check.
+  if (Engine::isThere() || (argc > 1 && std::strcmp(argv[1], "--capabilities") == 0))
+    backEnds.push_back(objectStore("S3", &Engine::makeFolder));
+  return runConformance(argc, argv, backEnds);
 }

@@ -763,7 +763,7 @@ for operation in ls tree find stat cat rm mkdir 'mkdir -p' put 'mv file' 'cp fil
   while IFS='|' read -r argument problem; do
     fails "$problem" "${words[@]}" "$(printf '%b' "$argument")" </dev/null
   done <<TABLE
-s3://bucket/key|s3://bucket/key: UnsupportedOperation: The scheme "s3" is not known; these are: archive, file, memory, sevenzip, tar, zip
+ftp://host/key|ftp://host/key: UnsupportedOperation: The scheme "ftp" is not known; these are: archive, file, memory, s3, sevenzip, tar, zip
 file:// x|file:// x: InvalidLocation: Not a valid IRI: at offset 7, *
 file:///a\\nb\\x1b|file:///a\\nb\\x1b: InvalidLocation: Not a valid IRI: at offset 9, *
 file:///%zz|file:///%zz: InvalidLocation: Not a valid IRI: at offset 8, *
@@ -962,7 +962,7 @@ ok backends
 [[ $out == *"recursive removal "*" yes "* ]] || complain "backends prints <$out>"
 ok backends --json
 if command -v python3 >/dev/null; then
-  same "archive file memory readonly sevenzip tar zip" \
+  same "archive file memory readonly s3 sevenzip tar zip" \
     "$(python3 -c 'import json, sys; print(*(entry["name"] for entry in json.load(sys.stdin)))' <"$work/out")" \
     "the names in backends --json"
 fi

@@ -5,6 +5,7 @@
 #include <fl/i18n/Convert.h>
 #include <foundation/storage/backend/archive/ArchiveProviderFactory.h>
 #include <foundation/storage/backend/local/LocalProviderFactory.h>
+#include <foundation/storage/backend/s3/S3ProviderFactory.h>
 #include <foundation/storage/registry/InvalidRegistrationException.h>
 #include <foundation/storage/registry/ReadOnlyFilter.h>
 #include <foundation/storage/testing/Together.h>
@@ -18,6 +19,7 @@ using backend::archive::ArchiveFormat;
 using backend::archive::ArchiveProviderFactory;
 using backend::local::LocalProviderFactory;
 using backend::memory::MemoryProviderFactory;
+using backend::s3::S3ProviderFactory;
 
 /// Names of all that the tests below know, and a file that can hold a container.
 class ProviderRegistryTest : public ::testing::Test {
@@ -60,7 +62,7 @@ TEST_F(ProviderRegistryTest, RefusesWhatNothingIsRegisteredFor) {
     std::u16string location;  ///< where it differs
     std::u16string reason;
   };
-  const std::u16string schemes = u"\" is not known; these are: archive, box, file, memory, sevenzip, tar, zip";
+  const std::u16string schemes = u"\" is not known; these are: archive, box, file, memory, s3, sevenzip, tar, zip";
   const std::u16string filters = u"\" is not known; these are: readonly";
   std::u16string tooMany;
   for (int i = 0; i < 17; ++i)
@@ -153,6 +155,7 @@ TEST_F(ProviderRegistryTest, RefusesNamesThatItCannotTellApart) {
                 {u"file", Physical, LocalProviderFactory::capabilities()},
                 {u"memory", Physical, MemoryProviderFactory::capabilities()},
                 {u"readonly", Filter},
+                {u"s3", Physical, S3ProviderFactory::capabilities()},
                 {u"sevenzip", Container, ArchiveProviderFactory::capabilities(ArchiveFormat::SevenZip)},
                 {u"tar", Container, ArchiveProviderFactory::capabilities(ArchiveFormat::Tar)},
                 {u"x-1.y", Physical},
@@ -221,7 +224,7 @@ TEST_F(ProviderRegistryTest, ServesManyThreadsAtOnce) {
   testing::together(8, [&](std::size_t number) {
     for (int i = 0; i < 100; ++i) {
       if (number == 0)
-        registry.addPhysical(u"s" + fl::i18n::to_ustring(std::to_string(i)), std::make_shared<MemoryProviderFactory>());
+        registry.addPhysical(u"x" + fl::i18n::to_ustring(std::to_string(i)), std::make_shared<MemoryProviderFactory>());
       else if (number == 1)
         registry.configure(options);
       else if (number == 2)
@@ -233,7 +236,7 @@ TEST_F(ProviderRegistryTest, ServesManyThreadsAtOnce) {
     }
   });
   EXPECT_EQ(same, 800);
-  EXPECT_EQ(registry.registrations().size(), 108u);
+  EXPECT_EQ(registry.registrations().size(), 109u);
   EXPECT_EQ(holder.getProviderStorageInfo().getStorageCapacity(), 1000u);
 }
 
