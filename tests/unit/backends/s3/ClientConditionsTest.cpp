@@ -54,9 +54,9 @@ TEST(ClientConditionsTest, LetsOneCreate) {
   const auto client = store.client();
   for (const auto* const key : {"a", "b"}) {
     std::atomic<int> winners = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 12; ++i)
-      threads.emplace_back([&] {
+    std::vector<std::thread> threads(12);
+    for (auto& thread : threads)
+      thread = std::thread([&] {
         const auto code = errorCodeOf([&] { client.put(key, "same", Existing::Refuse); });
         winners += code ? 0 : 1;
         EXPECT_TRUE(!code || code == ErrorCode::ResourceAlreadyExists);

@@ -18,7 +18,7 @@ TEST(ClientFailureTest, SaysWhatAnAnswerMeansAndTriesAgainWhatCanPass) {
     int status;
     const char* code;
     ErrorCode errorCode;
-    std::size_t attempts;
+    int attempts;
   } cases[] = {
       {404, "NoSuchKey", ErrorCode::ResourceNotFound, 1},
       {404, "NoSuchBucket", ErrorCode::ResourceNotFound, 1},
@@ -52,15 +52,16 @@ TEST(ClientFailureTest, SaysWhatAnAnswerMeansAndTriesAgainWhatCanPass) {
   FakeStore store;
   const auto client = store.client();
   for (const auto& each : cases) {
+    const auto attempts = static_cast<std::size_t>(each.attempts);
     const auto before = store.count("*");
     const std::string code = each.code;
-    store.failNext(
-        "PutObject", each.attempts,
-        code.empty() ? answering({.status = each.status, .body = "<html>no</html>"}) : failing(each.status, code));
+    const auto fault =
+        code.empty() ? answering({.status = each.status, .body = "<html>no</html>"}) : failing(each.status, code);
+    store.failNext("PutObject", attempts, fault);
     const auto failure = failureIn([&] { client.put("k", "x", Existing::Replace); });
     ASSERT_TRUE(failure) << each.status << code;
     EXPECT_EQ(failure->errorCode(), each.errorCode) << each.status << code;
-    EXPECT_EQ(store.count("*") - before, each.attempts) << each.status << code;
+    EXPECT_EQ(store.count("*") - before, attempts) << each.status << code;
     const auto& details = failure->details();
     EXPECT_EQ(details.operation, "PutObject");
     EXPECT_EQ(details.status, each.status);

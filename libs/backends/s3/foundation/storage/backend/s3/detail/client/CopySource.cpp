@@ -35,7 +35,7 @@ wire::Header CopySource::header() const {
 Reply CopySource::send(Call copy) const {
   if (eTag_.empty() || isCondition(Conditions::Ignored))
     return exchange_.send(copy, interrupt_);
-  const auto reply = sendOn(copy, eTag_);
+  auto reply = sendOn(copy, eTag_);
   if (reply.answer.status != changed)
     return reply;
   requireSame(copy.operation);

@@ -26,9 +26,9 @@ struct Call {
   std::string key = {};  ///< empty: for the bucket itself
   std::vector<wire::Parameter> query = {};
   wire::Headers headers = {};
-  std::string_view body = {};                       ///< the caller keeps it alive
-  std::vector<int> alsoTaken = {};                  ///< statuses that are no failures beside 200 to 299
-  std::uint64_t longestAnswer = 256 * 1024 * 1024;  ///< in bytes, of its body
+  std::string_view body = {};                              ///< the caller keeps it alive
+  std::vector<int> alsoTaken = {};                         ///< statuses that are no failures beside 200 to 299
+  std::uint64_t longestAnswer = std::uint64_t{256} << 20;  ///< in bytes, of its body
   /// Looks whether an answer below 300 is what it has to be: throws `BadAnswer`, or `MalformedDocument`, where not.
   /// That may be a failure then, which hides in a success.
   std::function<void(const http::HttpAnswer&)> check = {};
