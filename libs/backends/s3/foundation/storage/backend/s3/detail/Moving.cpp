@@ -79,7 +79,9 @@ class FolderMove {
  private:
   void copy(const wire::ListedObject& object) {
     at(locationOf(root_, object.key), [&] {
-      client::ObjectInfo info{object.size, object.lastModified, object.eTag, {}, {}};
+      client::ObjectInfo info;
+      info.size = object.size;
+      info.eTag = object.eTag;
       if (object.size > mostCopiedAtOnce)
         info = session_.client.head(object.key).value_or(info);
       auto name = object.key.substr(from_.size());
