@@ -11,6 +11,21 @@ using client::StoreFailure;
 using provider::ErrorCode;
 using provider::Exception;
 
+namespace {
+
+/// What the client says of a failure, and where it happened, which the client does not know.
+provider::ExceptionContext frameOf(const StoreFailure& failure, const provider::StorageIRI& location) {
+  const auto frame = failure.context();
+  const auto info = frame.getExceptionContextInfo();
+  auto details = info->getAdditionalInformation();
+  details.emplace(u"location", location.toString());
+  return provider::ExceptionContext(
+      frame.getExceptionContextKey(),
+      provider::ExceptionContextInfo(info->getProviderMessage(), info->getResponseErrorCode(), std::move(details)));
+}
+
+}  // namespace
+
 provider::Exception refusal(ErrorCode code, const provider::StorageIRI& location, std::u16string reason) {
   Exception failure(code, location);
   failure.setExceptionContexts({provider::ExceptionContext(
@@ -26,7 +41,7 @@ Cause currentCause(const provider::StorageIRI& location) {
   try {
     throw;
   } catch (const StoreFailure& failure) {
-    return {failure.errorCode(), fl::i18n::to_ustring(failure.what()), {failure.context()}};
+    return {failure.errorCode(), fl::i18n::to_ustring(failure.what()), {frameOf(failure, location)}};
   } catch (const Exception& failure) {
     const auto top = failure.topExceptionContext();
     const auto info = top ? top->getExceptionContextInfo() : std::nullopt;
