@@ -3,6 +3,7 @@
 #include <fstore/GrowthWatch.h>
 #include <fstore/Refusal.h>
 #include <fstore/Size.h>
+#include <fstore/Target.h>
 #include <fstore/Text.h>
 
 #include <algorithm>
@@ -30,8 +31,11 @@ std::optional<std::uint64_t> sizeOf(const StorageItem& file) {
   return attributes.hasSizeAttribute() ? std::optional(attributes.getSize()) : std::nullopt;
 }
 
-/// A container is written as a whole, and never with half a file in it.
-bool isInContainer(const StorageItem& place) { return place.getLocation().hasInnerIRI(); }
+/// A container is written as a whole, and never with half a file in it; and an object shows when all of it is there, but
+/// a program that ends before leaves what it has sent in the store.
+bool isWrittenWhole(const StorageItem& place) {
+  return place.getLocation().hasInnerIRI() || physicalLocation(place.getLocation()).getScheme() == u"s3";
+}
 
 bool isLink(const StorageItem& item) {
   try {
@@ -78,7 +82,7 @@ void FileCopier::copy(const Item& source, const Item& place, std::optional<std::
   if (!size)
     size = sizeOf(source);
   std::uint64_t shown = 0;
-  if (options_.transaction == TransactionPolicy::Atomic || isInContainer(place))
+  if (options_.transaction == TransactionPolicy::Atomic || isWrittenWhole(place))
     shown = copyWatched(source, place, size.value_or(0));
   else
     shown = copyPlainly(source, place, size.value_or(0));
