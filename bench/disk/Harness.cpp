@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <optional>
 #include <random>
 #include <stdexcept>
 #include <system_error>
@@ -115,11 +116,24 @@ void printRow(const Workload& workload, const std::vector<Seconds>& times, std::
               entrant.remark ? entrant.remark().c_str() : "");
 }
 
+/// The throughput of whoever is no peer, as a multiple of that of the best peer, where there is one.
+void printComparison(const Workload& workload, const std::vector<Seconds>& times) {
+  std::optional<std::size_t> best;
+  for (std::size_t index = 0; index < times.size(); ++index)
+    if (workload.entrants[index].isPeer && (!best || median(times[index]) < median(times[*best])))
+      best = index;
+  for (std::size_t index = 0; best && index < times.size(); ++index)
+    if (const auto& entrant = workload.entrants[index]; !entrant.isPeer)
+      std::printf("  %s: %.2f of the throughput of the best peer, %s\n", entrant.name.c_str(),
+                  median(times[*best]) / median(times[index]), workload.entrants[*best].name.c_str());
+}
+
 void print(const Workload& workload, const std::vector<Seconds>& times) {
   std::printf("%s\n  %-28s %12s %12s %9s\n", workload.title.c_str(), titleOf(workload.unit), "median", "best",
               "x limit");
   for (std::size_t index = 0; index < times.size(); ++index)
     printRow(workload, times, index);
+  printComparison(workload, times);
   for (const auto& note : workload.notes)
     std::printf("  (%s)\n", note.c_str());
   std::printf("\n");

@@ -17,6 +17,8 @@ struct Entrant {
   std::function<std::string()> remark = {};          ///< shown beside the figures
   /// Does its turns of a round when all others have done theirs: it syncs, and so has their files written, too.
   bool isApart = false;
+  /// One that the others are held against: a line says how their medians compare with that of the best peer.
+  bool isPeer = false;
 };
 
 enum class Unit {
