@@ -56,9 +56,10 @@ class StreamTest : public ::testing::Test {
     return operations;
   }
 
+  /// Called before each request, until the server dies: requests that a stream has given up may come late.
+  std::function<void(const std::string& operation)> before;
   testing::http::FakeObjectStore store;
   testing::http::ScriptedServer server{store.handler()};
-  std::function<void(const std::string& operation)> before;  ///< called before each request
 };
 
 /// Bytes of which no two pieces are alike.
