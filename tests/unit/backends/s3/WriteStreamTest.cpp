@@ -202,6 +202,17 @@ TEST_F(WriteStreamTest, CommitsAgainWhatHasFailed) {
   }
 }
 
+TEST_F(WriteStreamTest, DoesNotCommitWhatItHasBegunToAbort) {
+  store.put("a", "old");
+  const auto stream = transaction(sample(350 * kibi));
+  store.failNext("AbortMultipartUpload", 1, failing(403, "AccessDenied"));
+  EXPECT_EQ(failure([&] { stream->close(StreamClosePolicy::Abort); }), ErrorCode::PermissionDenied);
+  EXPECT_EQ(failure([&] { stream->close(StreamClosePolicy::Commit); }), ErrorCode::IOError);
+  stream->close(StreamClosePolicy::Abort);
+  EXPECT_EQ(content(), "old");
+  EXPECT_EQ(store.uploads(), Operations{});
+}
+
 TEST_F(WriteStreamTest, AbortsAfterAFailedCommit) {
   store.put("a", "old");
   const auto stream = transaction(sample(350 * kibi));

@@ -33,6 +33,9 @@ void WriteStream::commit() {
 void WriteStream::abort() {
   if (!isOpen_)
     return;
+  if (!failure_)  // parts of it may be gone even where aborting fails
+    failure_ = std::make_exception_ptr(
+        client::StoreFailure(ErrorCode::IOError, "What was written has been given up: it can only be aborted"));
   streamingAt<ByteStreamCloseFailure>(location_, [this] { writer_.abort(); });
   isOpen_ = false;
 }

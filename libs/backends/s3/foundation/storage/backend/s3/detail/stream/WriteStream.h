@@ -17,7 +17,7 @@ class WriteStream final : public provider::ByteStream {
   ~WriteStream() override;
 
   /// Publishes what was written, and closes the stream; where it throws, the stream is still open, and both can be
-  /// tried again. Nothing happens where it is closed.
+  /// tried again, but nothing is published after an attempt to abort. Nothing happens where it is closed.
   /// @{
   void commit();
   void abort();
@@ -37,7 +37,7 @@ class WriteStream final : public provider::ByteStream {
   const std::function<void()> published_;
   ObjectWriter writer_;
   bool isOpen_ = true;
-  std::exception_ptr failure_;  ///< of writing
+  std::exception_ptr failure_;  ///< after which nothing can be written or published
 };
 
 }  // namespace foundation::storage::backend::s3::detail::stream
