@@ -202,6 +202,31 @@ TEST_F(WriteStreamTest, CommitsAgainWhatHasFailed) {
   }
 }
 
+TEST_F(WriteStreamTest, KnowsItsOwnWhenItCommitsAgain) {
+  using client::Existing;
+  const struct {
+    const char* operation;
+    std::size_t size;
+    Existing existing;
+  } cases[] = {{"PutObject", 10, Existing::Refuse},
+               {"CompleteMultipartUpload", 350 * kibi, Existing::Refuse},
+               {"CompleteMultipartUpload", 350 * kibi, Existing::Replace}};
+  for (const auto& c : cases)
+    for (const bool isReplaced : {false, true}) {
+      store.erase("a");
+      const auto stream = transaction(sample(c.size), {.existing = c.existing});
+      store.failNext(c.operation, 2, losingTheAnswer());
+      EXPECT_EQ(failure([&] { stream->close(StreamClosePolicy::Commit); }), ErrorCode::IOError) << c.operation;
+      if (isReplaced)
+        store.put("a", std::string(c.size, 'o'));
+      const auto refusal = c.existing == Existing::Refuse ? ErrorCode::ResourceAlreadyExists : ErrorCode::IOError;
+      EXPECT_EQ(failure([&] { stream->close(StreamClosePolicy::Commit); }),
+                isReplaced ? std::optional(refusal) : std::nullopt)
+          << c.operation << isReplaced;
+      EXPECT_TRUE(content() == (isReplaced ? std::string(c.size, 'o') : sample(c.size))) << c.operation;
+    }
+}
+
 TEST_F(WriteStreamTest, DoesNotCommitWhatItHasBegunToAbort) {
   store.put("a", "old");
   const auto stream = transaction(sample(350 * kibi));

@@ -33,6 +33,17 @@ void ObjectWriter::write(std::string_view bytes) {
 void ObjectWriter::publish() {
   if (mode_.kept && size_ == mode_.kept->size)
     return;  // nothing was added
+  try {
+    send();
+  } catch (const StoreFailure& failure) {
+    if (isThere(failure))
+      return;
+    mayBeThere_ = mayBeThere_ || failure.details().mayBeDone;
+    throw;
+  }
+}
+
+void ObjectWriter::send() {
   if (!upload_ && !keepsByCopying())
     return putWhole();
   if (std::exchange(wasTried_, true) && upload_)
@@ -98,6 +109,20 @@ void ObjectWriter::readKept() {
 void ObjectWriter::putWhole() {
   readKept();
   client_.put(key_, buffer_, mode_.existing, mode_.kept ? takenOver(mode_.kept->kept) : wire::Headers());
+}
+
+std::string ObjectWriter::eTag() const {
+  return upload_ ? upload_->eTag() : wire::hex(wire::bytesOf(wire::md5(buffer_)));
+}
+
+/// Whether it is refused only because it was published before, when the answer was lost.
+bool ObjectWriter::isThere(const StoreFailure& failure) const {
+  const auto isTakenForSecond =
+      failure.errorCode() == provider::ErrorCode::ResourceAlreadyExists || failure.details().code == "NoSuchUpload";
+  if (!mayBeThere_ || !isTakenForSecond)
+    return false;
+  const auto object = client_.head(key_);
+  return object && object->size == size_ && !object->eTag.empty() && object->eTag == eTag();
 }
 
 }  // namespace foundation::storage::backend::s3::detail::stream

@@ -40,7 +40,10 @@ class ObjectWriter {
   void copyKept();
   void readKept();
   void flush();
+  void send();
   void putWhole();
+  std::string eTag() const;
+  bool isThere(const client::StoreFailure& failure) const;
 
   const client::Client client_;
   const std::string key_;
@@ -49,7 +52,8 @@ class ObjectWriter {
   std::uint64_t size_;
   std::size_t copied_ = 0;  ///< ranges of what is kept
   bool isKeptRead_ = false;
-  bool wasTried_ = false;  ///< to publish by an upload
+  bool wasTried_ = false;    ///< to publish by an upload
+  bool mayBeThere_ = false;  ///< published by an attempt whose answer was lost
   std::string buffer_;
   std::unique_ptr<Upload> upload_;
 };

@@ -7,7 +7,6 @@
 #include <chrono>
 #include <memory>
 #include <utility>
-#include <vector>
 
 namespace foundation::storage::backend::s3::detail::stream {
 
@@ -133,12 +132,17 @@ void Upload::retry() {
 void Upload::complete(client::Existing existing) {
   waitForFewerThan(1);
   check();
-  std::vector<wire::Part> stored;
-  stored.reserve(parts_.size());
-  for (const auto& part : parts_)
-    stored.push_back(part.stored);
-  client_.completeUpload(*id_, stored, size_, existing);
+  client_.completeUpload(*id_, stored(), size_, existing);
   id_.reset();
+}
+
+/// While no part is under way.
+std::vector<wire::Part> Upload::stored() const {
+  std::vector<wire::Part> parts;
+  parts.reserve(parts_.size());
+  for (const auto& part : parts_)
+    parts.push_back(part.stored);
+  return parts;
 }
 
 void Upload::abort() { abortWith(std::make_shared<http::Interrupt>()); }

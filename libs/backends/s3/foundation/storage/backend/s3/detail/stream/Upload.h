@@ -1,6 +1,7 @@
 #pragma once
 
 #include <foundation/storage/backend/s3/detail/client/Client.h>
+#include <foundation/storage/backend/s3/detail/client/Integrity.h>
 #include <foundation/storage/backend/s3/detail/stream/EndableClient.h>
 #include <foundation/storage/backend/s3/detail/stream/Tasks.h>
 
@@ -12,6 +13,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace foundation::storage::backend::s3::detail::stream {
 
@@ -49,6 +51,8 @@ class Upload {
   void retry();
   /// Waits for the parts and puts them together. May be tried again where it throws.
   void complete(client::Existing existing);
+  /// What the object has once that is done, if the store makes it the usual way. To be asked when the parts are there.
+  std::string eTag() const { return client::eTagOfParts(stored()); }
 
   /// Ends what is under way and removes what was stored.
   void abort();
@@ -66,6 +70,7 @@ class Upload {
   void add(Send send, std::uint64_t size);
   void start(std::size_t index) noexcept;
   void run(std::size_t index) noexcept;
+  std::vector<wire::Part> stored() const;
   void waitForFewerThan(unsigned count);
   void abortWith(const std::shared_ptr<http::Interrupt>& interrupt);
 
