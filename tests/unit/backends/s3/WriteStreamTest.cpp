@@ -238,6 +238,25 @@ TEST_F(WriteStreamTest, DoesNotCommitWhatItHasBegunToAbort) {
   EXPECT_EQ(store.uploads(), Operations{});
 }
 
+TEST_F(WriteStreamTest, LeavesNothingWhenItIsInterrupted) {
+  for (const std::string interrupted : {"CreateMultipartUpload", "UploadPart"}) {
+    const auto place = target(100 * kibi, 2);
+    before = [=](const std::string& operation) {
+      if (operation == interrupted)
+        place.client.interrupt().raise();
+    };
+    const auto stream = openWriting(place, {});
+    EXPECT_EQ(failure([&] {
+                writeAll(*stream, sample(350 * kibi));
+                stream->close();
+              }),
+              ErrorCode::IOError)
+        << interrupted;
+    EXPECT_EQ(content(), "(nothing)") << interrupted;
+  }
+  EXPECT_EQ(store.uploads(), Operations{}) << "that of the first, too, whose name came after the interrupt";
+}
+
 TEST_F(WriteStreamTest, AbortsAfterAFailedCommit) {
   store.put("a", "old");
   const auto stream = transaction(sample(350 * kibi));

@@ -18,6 +18,19 @@ namespace {
 /// How long the end of a stream may take beyond its operation, where the store does not answer.
 constexpr auto patience = 10s;
 
+/// How long an answer that must not be lost is waited for after an interrupt.
+constexpr auto grace = 5s;
+
+std::shared_ptr<http::Interrupt> soonAfter(http::Interrupt& interrupt) {
+  using Clock = std::chrono::steady_clock;
+  return std::make_shared<http::Interrupt>([&interrupt, end = std::optional<Clock::time_point>()]() mutable {
+    if (!interrupt.isRaised())
+      return false;
+    end = end.value_or(Clock::now() + grace);
+    return Clock::now() >= *end;
+  });
+}
+
 std::function<void()> asking(std::function<bool()> proceed) {
   if (!proceed)
     return {};
@@ -67,7 +80,14 @@ void Upload::makeRoom() {
   waitForFewerThan(client_.settings().parallelParts);
   check();
   if (!id_)
-    id_ = client_.beginUpload(key_, headers_);
+    begin();
+}
+
+/// An upload whose name does not arrive stays open, since nobody can abort it.
+void Upload::begin() {
+  if (client_.interrupt().isRaised())
+    throw http::Interrupted();
+  id_ = client_.endingWith(soonAfter(client_.interrupt())).beginUpload(key_, headers_);
 }
 
 void Upload::add(Send send, std::uint64_t size) {

@@ -67,6 +67,7 @@ class Upload {
   };
 
   void makeRoom();
+  void begin();
   void add(Send send, std::uint64_t size);
   void start(std::size_t index) noexcept;
   void run(std::size_t index) noexcept;
