@@ -19,7 +19,7 @@ constexpr std::uint64_t quotientUp(std::uint64_t number, std::uint64_t divisor) 
 }  // namespace
 
 std::uint64_t sizeOfPart(int number, std::uint64_t partSize) {
-  return std::min(partSize << ((number - 1) / partsOfOneSize), largestPart);
+  return std::min(std::min(partSize, largestPart) << ((number - 1) / partsOfOneSize), largestPart);
 }
 
 wire::Headers takenOver(const wire::Headers& kept) {
