@@ -33,7 +33,7 @@ TEST_F(KnownFoldersTest, KnowsWhatItHasSeen) {
 TEST_F(KnownFoldersTest, ForgetsAfterAMinuteWithoutWriting) {
   see("a/", true);
   now_ += seconds(59);
-  known_.written("a/");
+  known_.written("a/file");
   now_ += seconds(59);
   EXPECT_TRUE(known_.knows("a/"));
   now_ += seconds(1);
@@ -49,9 +49,20 @@ TEST_F(KnownFoldersTest, FollowsWhatComesAndGoes) {
   known_.appeared("a/moved/");
   EXPECT_FALSE(known_.knowsMissing("a/moved/"));
   EXPECT_FALSE(known_.knows("a/moved/"));
+  known_.written("a/slash/");
+  EXPECT_FALSE(known_.knowsMissing("a/slash/")) << "an object that stands for a folder";
   known_.forget("a/new/");
   EXPECT_FALSE(known_.knows("a/new/"));
   EXPECT_FALSE(known_.knows("a/")) << "it may have gone with it";
+}
+
+TEST_F(KnownFoldersTest, AnythingMayHaveBecomeOfWhatIsInvalidated) {
+  for (const std::string prefix : {"a/", "a/file/", "a/file/x/", "b/"})
+    see(prefix, true);
+  known_.invalidate("a/file/");
+  EXPECT_FALSE(known_.knowsMissing("a/file/")) << "it may be a folder now";
+  EXPECT_FALSE(known_.knows("a/file/x/"));
+  EXPECT_TRUE(known_.knows("b/"));
 }
 
 TEST_F(KnownFoldersTest, AFolderWithoutAnObjectOfItsOwnMayGoWithItsLastFile) {

@@ -18,6 +18,7 @@
 
 #include <future>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -183,6 +184,9 @@ TEST(S3ProviderTest, KeysAreTakenAsTheyAre) {
   const std::string longest(1024, 'k');
   write(sibling(item, longest), "x");
   EXPECT_TRUE(bucket.store.get(longest));
+  expectRefusal(ErrorCode::InvalidLocation, std::string(1024, 'f'),
+                [&] { sibling(item, std::string(1024, 'f')).createFolder(); });
+  sibling(item, std::string(1023, 'f')).createFolder();
 }
 
 TEST(S3ProviderTest, AFolderIsThereAsLongAsAnythingLiesInItOrItWasMade) {
@@ -217,6 +221,73 @@ TEST(S3ProviderTest, AFileAndAFolderMayHaveOneName) {
   EXPECT_EQ(bucket.store.keys(), Names{"f/a/b"});
 }
 
+TEST(S3ProviderTest, OfAFileAndAFolderOfOneNameEachIsTakenForItself) {
+  const struct {
+    std::function<void(const StorageItem&)> action;
+    Names keys;
+  } cases[] = {
+      {[](const auto& item) { item.removeFile(); }, {"a/", "a/b"}},
+      {[](const auto& item) { item.removeFolderRecursively(); }, {"a"}},
+      {[](const auto& item) { item.moveFile(detail::locationOf(root, "c"), ReplacementPolicy::NoClobber); },
+       {"a/", "a/b", "c"}},
+      {[](const auto& item) { item.moveFolder(detail::locationOf(root, "c"), ReplacementPolicy::NoClobber); },
+       {"a", "c/", "c/b"}},
+      {[](const auto& item) { item.copyFile(sibling(item, "c"), ReplacementPolicy::NoClobber); },
+       {"a", "a/", "a/b", "c"}},
+      {[](const auto& item) { item.truncateToSize(0); }, {"a", "a/", "a/b"}},
+      {[](const auto& item) {
+         expectRefusal(ErrorCode::FolderNotEmpty, "a", [&] { item.removeFolder(); });
+         expectRefusal(ErrorCode::InvalidLocation, "a", [&] { write(item, "x"); });
+         expectRefusal(ErrorCode::ResourceAlreadyExists, "a", [&] { item.createFile(); });
+         expectRefusal(ErrorCode::ResourceAlreadyExists, "a", [&] { item.createFolder(); });
+       },
+       {"a", "a/", "a/b"}},
+  };
+  for (const auto& row : cases) {
+    Bucket bucket;
+    for (const auto* key : {"a", "a/", "a/b"})
+      bucket.store.put(key, "content");
+    row.action(bucket.item("a"));
+    EXPECT_EQ(bucket.store.keys(), row.keys);
+  }
+}
+
+/// A page that the store ends after that many entries, though more follow.
+storage::testing::http::Fault endingAfter(const std::string& most) {
+  return [most](auto request, const auto& act) {
+    const auto begin = request.target.find("max-keys=") + 9;
+    request.target.replace(begin, request.target.find('&', begin) - begin, most);
+    return act(request);
+  };
+}
+
+TEST(S3ProviderTest, APageMayHoldLessThanThereIs) {
+  const std::function<void(const StorageItem&)> actions[] = {
+      [](const auto& item) { EXPECT_TRUE(item.folderExists()); },
+      [](const auto& item) { EXPECT_EQ(walk(item.listAll({})), Names{"x"}); },
+      [](const auto& item) { EXPECT_EQ(walk(item.listAll(u"x")), Names{"x"}); },
+      [](const auto& item) { write(sibling(item, "f/x"), ""); },
+      [](const auto& item) { expectRefusal(ErrorCode::FolderNotEmpty, "f", [&] { item.removeFolder(); }); },
+      [](const auto& item) {
+        const auto move = [&] { sibling(item, "g").moveFolder(item.getLocation(), ReplacementPolicy::Overwrite); };
+        expectRefusal(ErrorCode::FolderNotEmpty, "f", move);
+      },
+      [](const auto& item) {
+        item.removeFolderRecursively();
+        EXPECT_FALSE(item.folderExists());
+      },
+  };
+  for (const auto& action : actions) {
+    Bucket bucket;
+    for (const auto* key : {"f/", "f/x", "g/y"})
+      bucket.store.put(key, "");
+    bucket.store.failNext("ListObjectsV2", 1, endingAfter("0"));
+    bucket.store.failNext("ListObjectsV2", 100, endingAfter("1"));
+    action(bucket.item("f"));
+    EXPECT_TRUE(bucket.store.get("g/y"));
+  }
+}
+
 TEST(S3ProviderTest, ListsAPageAtATime) {
   Bucket bucket;
   for (int number = 0; number < 2500; ++number)
@@ -242,6 +313,16 @@ TEST(S3ProviderTest, AListingGoesOnAfterAFailure) {
   bucket.store.failNext("ListObjectsV2", 1, storage::testing::http::failing(403, "AccessDenied"));
   expectRefusal(ErrorCode::PermissionDenied, "f", [&] { listing->hasNext(); });
   EXPECT_EQ(walk(std::move(listing)).size(), 1u);
+}
+
+TEST(S3ProviderTest, AListingThatCannotBeResetStaysWhereItIs) {
+  Bucket bucket;
+  for (int number = 0; number < 1001; ++number)
+    bucket.store.put("f/" + std::to_string(number), "");
+  auto listing = bucket.item("f").listAll({});
+  bucket.store.failNext("ListObjectsV2", 1, storage::testing::http::failing(403, "AccessDenied"));
+  expectRefusal(ErrorCode::PermissionDenied, "f", [&] { listing->reset(); });
+  EXPECT_EQ(walk(std::move(listing)).size(), 1001u);
 }
 
 TEST(S3ProviderTest, ListsTreesWithTheirFolders) {
@@ -297,12 +378,62 @@ TEST(S3ProviderTest, AFolderIsMovedAsAWholeOrNotAtAll) {
   const auto item = bucket.item("from");
   const auto to = detail::locationOf(root, "to");
   bucket.store.failNext("CopyObject", 2, storage::testing::http::damaging([](const auto& answer) { return answer; }));
-  bucket.store.failNext("CopyObject", 1, storage::testing::http::failing(403, "AccessDenied"));
+  bucket.store.failNext("CopyObject", 1, [](const auto& request, const auto& act) {
+    act(request);  // the copy is made, but nobody is told
+    return storage::testing::http::failing(403, "AccessDenied")(request, act);
+  });
   EXPECT_THROW(item.moveFolder(to, ReplacementPolicy::Overwrite), provider::Exception);
   EXPECT_EQ(bucket.store.keys(), before);
   item.moveFolder(to, ReplacementPolicy::Overwrite);
   EXPECT_EQ(bucket.store.keys(), (Names{"to/", "to//d", "to/a", "to/b/c"}));
   EXPECT_EQ(bucket.store.get("to/b/c")->content, "from/b/c");
+}
+
+TEST(S3ProviderTest, ACopyFailsWhereTheReasonLies) {
+  Bucket bucket;
+  bucket.store.put("f/a", "x");
+  const auto file = bucket.item("f/a");
+  const std::function<void()> actions[] = {
+      [&] { file.copyFile(sibling(file, "b"), ReplacementPolicy::Overwrite); },
+      [&] { file.moveFile(detail::locationOf(root, "b"), ReplacementPolicy::Overwrite); },
+      [&] { sibling(file, "f").moveFolder(detail::locationOf(root, "b"), ReplacementPolicy::Overwrite); },
+  };
+  for (const auto& action : actions) {
+    const auto to = &action == &actions[2] ? "b/a" : "b";
+    bucket.store.failNext("CopyObject", 1, storage::testing::http::failing(404, "NoSuchKey"));
+    expectRefusal(ErrorCode::ResourceNotFound, "f/a", action);
+    bucket.store.failNext("CopyObject", 1, storage::testing::http::failing(403, "AccessDenied"));
+    expectRefusal(ErrorCode::PermissionDenied, to, action);
+  }
+  EXPECT_EQ(bucket.store.keys(), Names{"f/a"});
+}
+
+TEST(S3ProviderTest, WhatACallbackThrowsEndsACopy) {
+  Bucket bucket;
+  bucket.store.put("a", "x");
+  const auto file = bucket.item("a");
+  const auto interrupt = []() -> provider::InterruptSignal { throw std::domain_error("enough"); };
+  EXPECT_THROW(file.copyFile(sibling(file, "b"), {.transactionPolicy = provider::TransactionPolicy::Atomic,
+                                                  .interruptCallback = interrupt}),
+               std::domain_error);
+  EXPECT_EQ(bucket.store.keys(), Names{"a"});
+}
+
+TEST(S3ProviderTest, StreamsAndListingsOutliveTheirProvider) {
+  Bucket bucket;
+  for (int number = 0; number < 1001; ++number)
+    bucket.store.put("f/" + std::to_string(number), "content");
+  auto item = std::make_unique<StorageItem>(bucket.item("f"));
+  const auto output = sibling(*item, "f/new").openStream({});
+  const auto input = sibling(*item, "f/1").openReadOnlyStream();
+  auto listing = item->listAll({});
+  item.reset();
+  EXPECT_EQ(output->write("x", 1), 1);
+  output->close();
+  EXPECT_TRUE(bucket.store.get("f/new"));
+  char byte = 0;
+  EXPECT_EQ(input->read(&byte, 1), 1);
+  EXPECT_GE(walk(std::move(listing)).size(), 1001u);
 }
 
 TEST(S3ProviderTest, TheBucketItselfStaysWhatItIs) {
@@ -381,8 +512,9 @@ TEST(S3ProviderTest, ThrowsUnfinishedUploadsAway) {
   using boost::posix_time::hours;
   Bucket bucket;
   bucket.store.put("f/", "");
-  detail::client::Client(detail::readConfiguration(bucket.options()), "bucket").beginUpload("f/a");
-  ASSERT_EQ(bucket.store.uploads(), Names{"f/a"});
+  const detail::client::Client client(detail::readConfiguration(bucket.options()), "bucket");
+  for (const auto* key : {"f/a", "f", "f2/a"})
+    client.beginUpload(key);
   const auto now = boost::posix_time::second_clock::universal_time();
   const auto other = bucket.item("f");
   EXPECT_EQ(abortUnfinishedUploads(other, now - hours(1)), 0u);
@@ -391,7 +523,8 @@ TEST(S3ProviderTest, ThrowsUnfinishedUploadsAway) {
   bucket.store.failNext("AbortMultipartUpload", 1, storage::testing::http::failing(403, "AccessDenied"));
   expectRefusal(ErrorCode::PermissionDenied, "f/a", [&] { abortUnfinishedUploads(other, now + hours(1)); });
   EXPECT_EQ(abortUnfinishedUploads(other, now + hours(1)), 1u);
-  EXPECT_TRUE(bucket.store.uploads().empty());
+  EXPECT_EQ(bucket.store.uploads(), (Names{"f", "f2/a"}));
+  EXPECT_EQ(abortUnfinishedUploads(sibling(other, ""), now + hours(1)), 2u);
 }
 
 }  // namespace

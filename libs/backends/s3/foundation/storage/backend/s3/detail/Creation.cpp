@@ -8,20 +8,12 @@ namespace foundation::storage::backend::s3::detail {
 using client::Existing;
 using provider::ErrorCode;
 
-namespace {
-
-provider::Exception alreadyThere(const Place& place) {
-  return refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
-}
-
-}  // namespace
-
 void createFile(Session& session, const Place& place) {
   requireParent(session, place);
   if (hasFolder(session, place))
     throw alreadyThere(place);
   at(place.location, [&] { return session.client.put(place.key, {}, Existing::Refuse); });
-  session.folders.written(place.parentPrefix());
+  session.folders.written(place.key);
 }
 
 void createFolder(Session& session, const Place& place) {
@@ -29,6 +21,9 @@ void createFolder(Session& session, const Place& place) {
     requireFolder(session, place);
     throw alreadyThere(place);
   }
+  if (place.prefix().size() > longestKey)
+    throw refusal(ErrorCode::InvalidLocation, place.location,
+                  u"Keys of folders have no more than 1,023 bytes in UTF-8");
   requireParent(session, place);
   if (hasFolder(session, place) || findFile(session, place))
     throw alreadyThere(place);

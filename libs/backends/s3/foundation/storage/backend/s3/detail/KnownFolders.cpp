@@ -43,8 +43,11 @@ bool KnownFolders::knowsMissing(const std::string& prefix) const {
          !folder->sight.names.contains(name);
 }
 
-void KnownFolders::written(const std::string& folder) {
+void KnownFolders::written(const std::string& key) {
+  const auto folder = parentPrefixOf(key);
   const std::scoped_lock lock(mutex_);
+  if (key.ends_with('/'))
+    addToParent(key);
   if (find(folder) != nullptr)
     folders_.find(folder)->second.end = clock_() + lifetime;
 }
@@ -80,6 +83,14 @@ void KnownFolders::forget(const std::string& prefix) {
   for (auto folder = parentPrefixOf(prefix); !folder.empty(); folder = parentPrefixOf(folder))
     if (const auto known = folders_.find(folder); known != folders_.end() && !known->second.sight.isMarked)
       folders_.erase(known);
+}
+
+void KnownFolders::invalidate(const std::string& prefix) {
+  forget(prefix);
+  const std::scoped_lock lock(mutex_);
+  ++changes_;
+  if (const auto parent = folders_.find(parentPrefixOf(prefix)); parent != folders_.end())
+    folders_.erase(parent);  // it knows which names no folder has
 }
 
 const KnownFolders::Folder* KnownFolders::find(std::string_view prefix) const {

@@ -46,8 +46,8 @@ class KnownFolders {
   /// Whether there is no folder of that prefix; false where that is not known.
   bool knowsMissing(const std::string& prefix) const;
 
-  /// A file was written into the folder.
-  void written(const std::string& folder);
+  /// An object was written; one whose key ends in '/' stands for a folder.
+  void written(const std::string& key);
   /// A file was removed; with it may go the folders that hold it.
   void fileRemoved(const std::string& key);
   /// A folder was created, and is empty.
@@ -56,6 +56,8 @@ class KnownFolders {
   void appeared(const std::string& prefix);
   /// Something has become of a folder and what it holds; it has to be looked at anew.
   void forget(const std::string& prefix);
+  /// Anything may have become of what has that name, a file or a folder.
+  void invalidate(const std::string& prefix);
 
  private:
   struct Folder {

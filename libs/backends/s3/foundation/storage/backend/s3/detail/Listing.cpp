@@ -4,6 +4,7 @@
 #include <foundation/storage/backend/s3/detail/Attributes.h>
 #include <foundation/storage/backend/s3/detail/Failure.h>
 #include <foundation/storage/backend/s3/detail/Lookup.h>
+#include <foundation/storage/backend/s3/detail/Pages.h>
 
 #include <stdexcept>
 #include <utility>
@@ -46,9 +47,7 @@ void Listing::reset() {
 }
 
 void Listing::fetchFirst() {
-  token_.clear();
-  visited_.clear();
-  const auto page = fetch();
+  const auto page = at(folder_.location, [&] { return firstPage(session_->client, request_); });
   // An empty folder shows itself, by the empty object that stands for it, unless names are wanted that begin otherwise.
   if (page.objects.empty() && page.prefixes.empty() && !folder_.isRoot()) {
     if (request_.prefix == folder_.prefix())
@@ -56,13 +55,12 @@ void Listing::fetchFirst() {
     requireFolder(*session_, folder_);
   }
   entries_.clear();
+  visited_.clear();
   take(page);
 }
 
-void Listing::fetchNext() const { take(fetch()); }
-
-wire::ListPage Listing::fetch() const {
-  return at(folder_.location, [&] { return session_->client.list(request_, token_); });
+void Listing::fetchNext() const {
+  take(at(folder_.location, [&] { return session_->client.list(request_, token_); }));
 }
 
 void Listing::take(const wire::ListPage& page) const {

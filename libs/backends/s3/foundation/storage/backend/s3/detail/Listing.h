@@ -33,7 +33,6 @@ class Listing final : public provider::IFolderEntryIterator {
 
   void fetchFirst();
   void fetchNext() const;
-  wire::ListPage fetch() const;
   void take(const wire::ListPage& page) const;
   void takeObject(const wire::ListedObject& object) const;
   void takeFolders(std::string_view path) const;

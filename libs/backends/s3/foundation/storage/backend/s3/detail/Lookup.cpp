@@ -1,6 +1,7 @@
 #include <foundation/storage/backend/s3/detail/Lookup.h>
 
 #include <foundation/storage/backend/s3/detail/Failure.h>
+#include <foundation/storage/backend/s3/detail/Pages.h>
 
 #include <string>
 #include <utility>
@@ -13,12 +14,6 @@ using provider::ErrorCode;
 using provider::Exception;
 
 namespace {
-
-/// Whether any key begins so.
-bool anyBeginsWith(const client::Client& client, const std::string& prefix) {
-  const auto page = client.list({.prefix = prefix, .most = 1});
-  return !page.objects.empty() || !page.prefixes.empty();
-}
 
 bool isFolder(const client::Client& client, const Place& place) {
   return anyBeginsWith(client, place.prefix()) || place.isRoot();
@@ -60,7 +55,7 @@ Exception missing(const Session& session, const Place& place, std::u16string rea
 /// @return whether it is there
 bool look(Session& session, const std::string& prefix) {
   const auto changes = session.folders.changes();
-  const auto page = session.client.list({.prefix = prefix, .delimiter = "/"});
+  const auto page = firstPage(session.client, {.prefix = prefix, .delimiter = "/"});
   if (!prefix.empty() && page.objects.empty() && page.prefixes.empty())
     return false;
   KnownFolders::Sight sight;
@@ -109,9 +104,17 @@ Exception noFolder(const Session& session, const Place& place) {
   });
 }
 
-void requireParent(Session& session, const Place& place) {
+void requireNoRoot(const Place& place) {
   if (place.isRoot())
     throw refusal(ErrorCode::InvalidLocation, place.location, u"The bucket itself stays what it is");
+}
+
+provider::Exception alreadyThere(const Place& place) {
+  return refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
+}
+
+void requireParent(Session& session, const Place& place) {
+  requireNoRoot(place);
   at(place.location, [&] {
     const auto parent = place.parentPrefix();
     if (!session.folders.knows(parent) && !look(session, parent))
@@ -134,7 +137,7 @@ void requireRoomForFile(Session& session, const Place& place) {
 void requireDestination(Session& session, const Place& place, provider::ReplacementPolicy policy) {
   requireRoomForFile(session, place);
   if (preservesExisting(policy) && findFile(session, place))
-    throw refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
+    throw alreadyThere(place);
 }
 
 }  // namespace foundation::storage::backend::s3::detail

@@ -24,6 +24,11 @@ client::ObjectInfo requireFile(const Session& session, const Place& place);
 void requireFolder(const Session& session, const Place& place);
 /// @}
 
+/// Throws where the place is the root.
+void requireNoRoot(const Place& place);
+
+/// To be thrown where something is there that is not to be replaced.
+provider::Exception alreadyThere(const Place& place);
 /// The reason, to be thrown, why there is no file, or no folder, at a place where none was found.
 /// @{
 provider::Exception noFile(const Session& session, const Place& place);

@@ -1,10 +1,11 @@
 #include <foundation/storage/backend/s3/detail/Moving.h>
 
+#include <foundation/storage/backend/s3/detail/Copying.h>
 #include <foundation/storage/backend/s3/detail/Failure.h>
 #include <foundation/storage/backend/s3/detail/Lookup.h>
+#include <foundation/storage/backend/s3/detail/Pages.h>
 #include <foundation/storage/backend/s3/detail/Parallel.h>
 #include <foundation/storage/backend/s3/detail/Removal.h>
-#include <foundation/storage/backend/s3/detail/stream/Streams.h>
 #include <foundation/storage/backend/support/Log.h>
 
 #include <mutex>
@@ -25,7 +26,7 @@ constexpr std::uint64_t mostCopiedAtOnce = std::uint64_t{5} << 30;  // docs.aws.
 /// What a move onto the source itself comes to.
 void keepInPlace(const Place& destination, ReplacementPolicy policy) {
   if (preservesExisting(policy))
-    throw refusal(ErrorCode::ResourceAlreadyExists, destination.location, u"This is the source itself");
+    throw alreadyThere(destination);
 }
 
 /// Throws unless a folder can be moved there.
@@ -34,15 +35,14 @@ bool requireFolderDestination(Session& session, const Place& place, ReplacementP
   if (!place.isRoot())
     requireParent(session, place);
   const bool isFile = findFile(session, place).has_value();
-  const auto page = at(place.location, [&] { return session.client.list({.prefix = place.prefix(), .most = 2}); });
-  if ((isFile || !page.objects.empty()) && preservesExisting(policy))
-    throw refusal(ErrorCode::ResourceAlreadyExists, place.location, u"Something is there already");
+  const auto content = at(place.location, [&] { return contentOf(session.client, place.prefix()); });
+  if ((isFile || content != FolderContent::Missing) && preservesExisting(policy))
+    throw alreadyThere(place);
   if (isFile)
     throw refusal(ErrorCode::InvalidLocation, place.location, u"This is a file");
-  const bool isMarked = !page.objects.empty() && page.objects.front().key == place.prefix();
-  if (page.objects.size() > (isMarked ? 1u : 0u))
+  if (content == FolderContent::Entries)
     throw refusal(ErrorCode::FolderNotEmpty, place.location, u"The folder is not empty");
-  return isMarked;
+  return content == FolderContent::OnlyMarker;
 }
 
 class FolderMove {
@@ -78,17 +78,25 @@ class FolderMove {
 
  private:
   void copy(const wire::ListedObject& object) {
-    at(locationOf(root_, object.key), [&] {
-      client::ObjectInfo info;
-      info.size = object.size;
-      info.eTag = object.eTag;
-      if (object.size > mostCopiedAtOnce)
-        info = session_.client.head(object.key).value_or(info);
-      auto name = object.key.substr(from_.size());
-      stream::copyObject(session_.client, object.key, info, to_ + name);
+    const auto name = object.key.substr(from_.size());
+    {
+      // Before it is copied, as a copy whose answer is lost may have been made.
       const std::scoped_lock lock(mutex_);
-      names_.push_back(std::move(name));
-    });
+      names_.push_back(name);
+    }
+    const auto source = placeOf(object.key);
+    copyObject(session_.client, source, infoOf(source, object), placeOf(to_ + name));
+  }
+
+  Place placeOf(const std::string& key) const { return {locationOf(root_, key), key}; }
+
+  client::ObjectInfo infoOf(const Place& place, const wire::ListedObject& object) const {
+    if (object.size > mostCopiedAtOnce)
+      return requireFile(session_, place);
+    client::ObjectInfo info;
+    info.size = object.size;
+    info.eTag = object.eTag;
+    return info;
   }
 
   void removeCopies(bool keepsMarker) noexcept {
@@ -109,7 +117,7 @@ class FolderMove {
   const std::string from_;
   const std::string to_;
   std::mutex mutex_;                ///< guards the names
-  std::vector<std::string> names_;  ///< of what was copied, within either folder
+  std::vector<std::string> names_;  ///< of what is, or may be, copied, within either folder
 };
 
 }  // namespace
@@ -119,17 +127,16 @@ void moveFile(Session& session, const Place& source, const Place& destination, R
   if (destination.key == source.key)
     return keepInPlace(destination, policy);
   requireDestination(session, destination, policy);
-  at(destination.location, [&] { stream::copyObject(session.client, source.key, object, destination.key); });
-  session.folders.written(destination.parentPrefix());
+  copyObject(session.client, source, object, destination);
+  session.folders.written(destination.key);
   at(source.location, [&] { session.client.remove(source.key); });
   session.folders.fileRemoved(source.key);
 }
 
 void moveFolder(Session& session, const provider::StorageIRI& root, const Place& source, const Place& destination,
                 ReplacementPolicy policy) {
+  requireNoRoot(source);
   requireFolder(session, source);
-  if (source.isRoot())
-    throw refusal(ErrorCode::InvalidLocation, source.location, u"The bucket itself stays what it is");
   if (destination.key == source.key)
     return keepInPlace(destination, policy);
   if (destination.key.starts_with(source.prefix()))

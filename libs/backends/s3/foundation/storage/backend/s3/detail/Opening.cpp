@@ -29,7 +29,7 @@ stream::Target targetAt(const SessionPtr& session, const Place& place) {
 
 /// What is done when a file has come to be.
 std::function<void()> publishedIn(const SessionPtr& session, const Place& place) {
-  return [session, folder = place.parentPrefix()] { session->folders.written(folder); };
+  return [session, key = place.key] { session->folders.written(key); };
 }
 
 stream::WriteMode modeFor(const Session& session, const Place& place, const ByteStreamOpenOptions& options) {

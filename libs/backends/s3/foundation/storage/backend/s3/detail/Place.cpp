@@ -13,8 +13,6 @@ using provider::StorageIRI;
 
 namespace {
 
-constexpr std::size_t longestKey = 1024;  // docs.aws.amazon.com, "Naming Amazon S3 objects"
-
 std::u16string lowered(std::u16string_view text) { return fl::i18n::detail::transform(text, fl::i18n::to_lower()); }
 
 void requireNoMoreThanHostAndPath(const StorageIRI& location) {

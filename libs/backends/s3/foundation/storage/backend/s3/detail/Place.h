@@ -2,10 +2,14 @@
 
 #include <foundation/storage/provider/StorageIRI.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace foundation::storage::backend::s3::detail {
+
+/// In bytes. Source: docs.aws.amazon.com, "Naming Amazon S3 objects".
+constexpr std::size_t longestKey = 1024;
 
 /// The root of the bucket that a location lies in, `s3://BUCKET/`. Throws `Exception` with `InvalidLocation` where the
 /// location names no bucket of an object store.

@@ -2,6 +2,7 @@
 
 #include <foundation/storage/backend/s3/detail/Failure.h>
 #include <foundation/storage/backend/s3/detail/Lookup.h>
+#include <foundation/storage/backend/s3/detail/Pages.h>
 #include <foundation/storage/backend/s3/detail/client/Errors.h>
 
 #include <utility>
@@ -14,11 +15,6 @@ namespace {
 
 constexpr std::size_t mostAtOnce = 1000;  // docs.aws.amazon.com, "DeleteObjects"
 
-void requireNoRoot(const Place& place) {
-  if (place.isRoot())
-    throw refusal(ErrorCode::InvalidLocation, place.location, u"The bucket itself stays what it is");
-}
-
 }  // namespace
 
 void removeFile(Session& session, const Place& place) {
@@ -30,10 +26,10 @@ void removeFile(Session& session, const Place& place) {
 void removeFolder(Session& session, const Place& place) {
   requireNoRoot(place);
   const auto prefix = place.prefix();
-  const auto page = at(place.location, [&] { return session.client.list({.prefix = prefix, .most = 2}); });
-  if (page.objects.empty())
+  const auto content = at(place.location, [&] { return contentOf(session.client, prefix); });
+  if (content == FolderContent::Missing)
     throw noFolder(session, place);
-  if (page.objects.size() > 1 || page.objects.front().key != prefix)
+  if (content == FolderContent::Entries)
     throw refusal(ErrorCode::FolderNotEmpty, place.location, u"The folder is not empty");
   at(place.location, [&] { session.client.remove(prefix); });
   session.folders.forget(prefix);
@@ -45,7 +41,7 @@ void removeTree(Session& session, const provider::StorageIRI& root, const Place&
   const auto list = [&](const std::string& token) {
     return at(place.location, [&] { return session.client.list(all, token); });
   };
-  auto page = list({});
+  auto page = at(place.location, [&] { return firstPage(session.client, all); });
   if (page.objects.empty())
     throw noFolder(session, place);
   session.folders.forget(all.prefix);

@@ -41,7 +41,7 @@ void S3Provider::doConfigure(boost::property_tree::ptree configuration) {
 
 void S3Provider::doShutdown() { interrupt_->raise(); }
 
-void S3Provider::doInvalidate(const StorageIRI& location) { session()->folders.forget(place(location).prefix()); }
+void S3Provider::doInvalidate(const StorageIRI& location) { session()->folders.invalidate(place(location).prefix()); }
 
 void S3Provider::doCreateFile(const StorageIRI& location) const { detail::createFile(*session(), place(location)); }
 void S3Provider::doCreateFolder(const StorageIRI& location) const { detail::createFolder(*session(), place(location)); }
