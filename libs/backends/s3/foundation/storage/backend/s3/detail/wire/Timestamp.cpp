@@ -18,6 +18,13 @@ using std::chrono::sys_days;
 using std::chrono::system_clock;
 using std::chrono::year_month_day;
 
+constexpr int latestYear = 2200;
+/// In seconds since 1970. What is later is no clock's, and a system_clock counts up to 2262 only.
+constexpr auto latest =
+    seconds(sys_days(year_month_day(std::chrono::year(latestYear), std::chrono::January, std::chrono::day(1)))
+                .time_since_epoch())
+        .count();
+
 template <class Number>
 std::string padded(Number number, std::size_t width) {
   const auto digits = std::to_string(number);
@@ -69,7 +76,7 @@ ptime parseIsoTime(std::string_view text) {
   const year_month_day day{std::chrono::year(at(0, 4)), std::chrono::month(static_cast<unsigned>(at(5))),
                            std::chrono::day(static_cast<unsigned>(at(8)))};
   // Boost's calendar begins in 1400; no store holds anything that is older than its clock.
-  if (!day.ok() || at(0, 4) < 1970 || at(11) > 23 || at(14) > 59 || at(17) > 60)
+  if (!day.ok() || at(0, 4) < 1970 || at(0, 4) >= latestYear || at(11) > 23 || at(14) > 59 || at(17) > 60)
     return {};
   const auto sinceDay = std::chrono::hours(at(11)) + std::chrono::minutes(at(14)) + seconds(at(17));
   const auto sinceEpoch = sys_days(day).time_since_epoch() + sinceDay;
@@ -78,7 +85,7 @@ ptime parseIsoTime(std::string_view text) {
 
 ptime parseHttpTime(std::string_view text) {
   const auto time = curl_getdate(std::string(text).c_str(), nullptr);
-  return time == -1 ? ptime() : boost::posix_time::from_time_t(time);
+  return time < 0 || time >= latest ? ptime() : boost::posix_time::from_time_t(time);
 }
 
 }  // namespace foundation::storage::backend::s3::detail::wire
