@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <future>
 #include <thread>
 
 namespace foundation::storage::backend::s3::detail::http {
@@ -27,6 +28,22 @@ TEST(InterruptTest, AsksItsQuestionWhileItWaits) {
   EXPECT_EQ(asked, 3);
   EXPECT_TRUE(interrupt.isRaised());
   EXPECT_EQ(asked, 3) << "an answer is not asked for again";
+}
+
+TEST(InterruptTest, WaitsForNoAnswerThatAnotherThreadAsksFor) {
+  std::promise<void> asked;
+  std::promise<void> answered;
+  Interrupt interrupt([&] {
+    asked.set_value();
+    answered.get_future().wait();
+    return true;
+  });
+  auto asking = std::async(std::launch::async, [&] { return interrupt.isRaised(); });
+  asked.get_future().wait();
+  EXPECT_FALSE(interrupt.isRaised());
+  answered.set_value();
+  EXPECT_TRUE(asking.get());
+  EXPECT_TRUE(interrupt.isRaised());
 }
 
 TEST(InterruptTest, TellsListeners) {

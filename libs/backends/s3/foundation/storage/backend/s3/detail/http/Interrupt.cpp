@@ -31,10 +31,9 @@ bool Interrupt::isRaised() {
     return true;
   if (!question_)
     return false;
-  const std::lock_guard asking(questionMutex_);
-  if (isKnown())  // another thread has been told, and nobody asks after that
-    return true;
-  if (question_())
+  // Where another thread asks already, its answer is for all. It may take its time, and is not waited for.
+  const std::unique_lock asking(questionMutex_, std::try_to_lock);
+  if (asking && !isKnown() && question_())
     raise();
   return isKnown();
 }
