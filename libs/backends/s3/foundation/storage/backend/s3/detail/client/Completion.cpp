@@ -87,6 +87,8 @@ bool Completion::isDone() {
   const auto sight = look(exchange_, bucket_, upload_.key, interrupt_);
   if (!sight || sight->object.size != size_)
     return false;
+  if (sight->object.eTag.empty())
+    return false;
   return sight->object.eTag == eTagOfParts(parts_) ||
          (sight->object.isETagOpaque && endsWith(sight->object.eTag, "-" + std::to_string(parts_.size())));
 }

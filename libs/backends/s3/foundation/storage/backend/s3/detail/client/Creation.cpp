@@ -85,8 +85,12 @@ std::optional<std::string> Creation::findOurs(const Reply& refused) {
     return std::nullopt;
   if (sight->object.md5)
     return *sight->object.md5 == md5_ ? std::optional(sight->object.eTag) : std::nullopt;
-  const auto found =
-      exchange_.send({.operation = "GetObject", .method = "GET", .bucket = put_.bucket, .key = put_.key}, interrupt_);
+  const auto found = exchange_.send({.operation = "GetObject",
+                                     .method = "GET",
+                                     .bucket = put_.bucket,
+                                     .key = put_.key,
+                                     .longestAnswer = std::max<std::uint64_t>(put_.body.size(), longestDocument)},
+                                    interrupt_);
   return found.answer.body == put_.body ? std::optional(eTagOf(found.answer.headers)) : std::nullopt;
 }
 

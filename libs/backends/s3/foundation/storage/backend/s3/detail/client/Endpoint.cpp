@@ -28,7 +28,9 @@ std::string lowered(std::string_view text) {
 StoreFailure refused(const std::string& reason) { return {provider::ErrorCode::InvalidLocation, reason}; }
 
 StoreFailure malformed(std::string_view text) {
-  return refused("\"" + std::string(text) +
+  const auto user = text.rfind('@');  // perhaps with a password, which nobody is to read
+  const auto shown = user == std::string_view::npos ? std::string(text) : "..." + std::string(text.substr(user));
+  return refused("\"" + shown +
                  "\" is no endpoint of an object store: give it as https://HOST or http://HOST:PORT, and nothing else");
 }
 

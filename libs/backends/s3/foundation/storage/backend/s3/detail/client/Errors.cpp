@@ -30,6 +30,9 @@ constexpr auto expired = "The credentials have expired: renew them";
 constexpr auto badToken = "The store does not accept the session token: check it, or leave it out";
 constexpr auto notAllowed =
     "The store does not allow it: check the credentials, and what they are allowed to do with this bucket";
+constexpr auto notAllowedToNobody =
+    "The store does not allow it to a request without credentials, and none were found: set the options access-key and "
+    "secret-key, the usual environment variables, or a profile";
 constexpr auto wrongClock = "The clock of this machine differs too much from the store's: set it";
 constexpr auto wrongRegion = "The bucket belongs to another region or endpoint: set the option region";
 constexpr auto noSuchName = "The store cannot have an object of that name: give it another, or a shorter one";
@@ -78,7 +81,9 @@ constexpr std::array meanings{
     Meaning{"InvalidObjectState", 0, ErrorCode::ResourceInUse, archived},
     Meaning{"BadDigest", 0, ErrorCode::IOError, corrupt},
     Meaning{"XAmzContentSHA256Mismatch", 0, ErrorCode::IOError, corrupt},
+    Meaning{"InternalError", 0, ErrorCode::IOError, down},
     Meaning{"SlowDown", 0, ErrorCode::IOError, tooMuch},
+    Meaning{"ServiceUnavailable", 0, ErrorCode::IOError, tooMuch},
     Meaning{"RequestTimeout", 0, ErrorCode::IOError, tooMuch},
     Meaning{"", 301, ErrorCode::InvalidLocation, wrongRegion},
     Meaning{"", 307, ErrorCode::InvalidLocation, wrongRegion},
@@ -98,6 +103,10 @@ constexpr std::array meanings{
 };
 
 const Meaning& meaningOf(const Refusal& refusal) {
+  // What a store says to HEAD that is signed for another region: it gives no code there.
+  static constexpr Meaning elsewhere{"", 400, ErrorCode::InvalidLocation, wrongRegion};
+  if (refusal.status == elsewhere.status && refusal.code.empty() && !refusal.region.empty())
+    return elsewhere;
   return *std::find_if(meanings.begin(), meanings.end(), [&](const Meaning& row) {
     return (row.code.empty() || row.code == refusal.code) && (row.status == 0 || row.status == refusal.status);
   });
@@ -106,7 +115,11 @@ const Meaning& meaningOf(const Refusal& refusal) {
 std::string reasonOf(const Refusal& refusal, const Meaning& meaning) {
   if (meaning.reason == wrongRegion && !refusal.region.empty())
     return "The bucket is in the region " + refusal.region + ": set the option region to that";
-  if (meaning.reason == down && refusal.status < 500)
+  if (meaning.reason == notAllowed && refusal.isOfNobody)
+    return notAllowedToNobody;
+  if (meaning.code.empty() && meaning.status == 0 && refusal.status < 300)
+    return "The store has failed after it had begun to answer";
+  if (meaning.code.empty() && meaning.status == 0 && refusal.status < 500)
     return "The store has refused with the status " + std::to_string(refusal.status);
   return meaning.reason;
 }

@@ -15,6 +15,7 @@ struct Refusal {
   std::string message = {};
   std::string requestId = {};
   std::string region = {};  ///< where the bucket lives, if the store says so
+  bool isOfNobody = false;  ///< the request was not signed, as there are no credentials
 };
 Refusal refusalOf(const http::HttpAnswer& answer);
 

@@ -78,7 +78,9 @@ class Exchange::Attempts {
   http::HttpRequest signedRequest() {
     signedAt_ = exchange_.clock_.now();
     const wire::Request request{call_.method, place_.host, place_.path, call_.query, call_.headers, call_.body};
-    auto headers = exchange_.signer_.sign(request, exchange_.settings_.credentials(), payloadHash_, signedAt_);
+    const auto credentials = exchange_.settings_.credentials();
+    isOfNobody_ = credentials.isAnonymous();
+    auto headers = exchange_.signer_.sign(request, credentials, payloadHash_, signedAt_);
     headers.push_back({"user-agent", userAgent});  // not signed: proxies may change it
     return {.method = call_.method,
             .url = url_,
@@ -92,7 +94,8 @@ class Exchange::Attempts {
     const auto& answer = reply_.answer;
     if (answer.status < 300 && isExpected(answer))
       return true;
-    const auto refusal = refusalOf(answer);
+    auto refusal = refusalOf(answer);
+    refusal.isOfNobody = isOfNobody_;
     auto setback = setbackOf(answer, refusal);
     if (exchange_.clock_.learn(answer, refusal.code, signedAt_))
       setback.outlook = Outlook::Skewed;
@@ -104,8 +107,11 @@ class Exchange::Attempts {
     return false;
   }
 
-  /// A failure may hide in a 200: of what takes long, the store begins the answer before it knows.
+  /// A failure may hide in a 200: of what takes long, the store begins the answer before it knows. Only what is read
+  /// may look like one, and be the content of an object.
   bool isExpected(const http::HttpAnswer& answer) const {
+    if (call_.method != "GET" && wire::parseError(answer.body))
+      return false;
     try {
       if (call_.check)
         call_.check(answer);
@@ -151,6 +157,7 @@ class Exchange::Attempts {
   RetryPolicy policy_;
   steady_clock::time_point deadline_;
   std::chrono::system_clock::time_point signedAt_;
+  bool isOfNobody_ = false;
   Reply reply_;
   Setback setback_;  ///< of the last attempt, as is what follows
   std::optional<StoreFailure> failure_;

@@ -18,6 +18,9 @@
 
 namespace foundation::storage::backend::s3::detail::client {
 
+/// In bytes; a page of a listing has 4 MiB where all keys are as long as can be. Read, it takes up to 16 times as much.
+constexpr std::uint64_t longestDocument = std::uint64_t{16} << 20;
+
 /// A request as an operation makes it.
 struct Call {
   std::string_view operation;  ///< of the protocol, such as "PutObject"
@@ -26,9 +29,9 @@ struct Call {
   std::string key = {};  ///< empty: for the bucket itself
   std::vector<wire::Parameter> query = {};
   wire::Headers headers = {};
-  std::string_view body = {};                              ///< the caller keeps it alive
-  std::vector<int> alsoTaken = {};                         ///< statuses that are no failures beside 200 to 299
-  std::uint64_t longestAnswer = std::uint64_t{256} << 20;  ///< in bytes, of its body
+  std::string_view body = {};                     ///< the caller keeps it alive
+  std::vector<int> alsoTaken = {};                ///< statuses that are no failures beside 200 to 299
+  std::uint64_t longestAnswer = longestDocument;  ///< in bytes, of its body
   /// Looks whether an answer below 300 is what it has to be: throws `BadAnswer`, or `MalformedDocument`, where not.
   /// That may be a failure then, which hides in a success.
   std::function<void(const http::HttpAnswer&)> check = {};

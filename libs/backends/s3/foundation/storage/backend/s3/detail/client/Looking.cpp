@@ -2,7 +2,23 @@
 #include <foundation/storage/backend/s3/detail/client/Exchange.h>
 #include <foundation/storage/backend/s3/detail/client/Sight.h>
 
+#include <algorithm>
+
 namespace foundation::storage::backend::s3::detail::client {
+
+namespace {
+
+/// A store that errs must not have callers go round for ever, nor take names off keys that do not begin so.
+void requireAsked(const wire::ListPage& page, const std::string& prefix, const std::string& token) {
+  if (!token.empty() && page.nextToken == token)
+    throw BadAnswer("The listing leads back to the same page");
+  const auto isAsked = [&prefix](const std::string& key) { return key.starts_with(prefix); };
+  if (!std::all_of(page.prefixes.begin(), page.prefixes.end(), isAsked) ||
+      !std::all_of(page.objects.begin(), page.objects.end(), [&](const auto& object) { return isAsked(object.key); }))
+    throw BadAnswer("The listing has names that were not asked for");
+}
+
+}  // namespace
 
 std::optional<ObjectInfo> Client::head(const std::string& key) const {
   if (const auto sight = look(*exchange_, bucket_, key, *interrupt_))
@@ -37,7 +53,10 @@ wire::ListPage Client::list(const Listing& listing, const std::string& token) co
   add("start-after", listing.startAfter);
   add("continuation-token", token);
   wire::ListPage page;
-  call.check = [&page](const http::HttpAnswer& answer) { page = wire::parseListPage(answer.body); };
+  call.check = [&](const http::HttpAnswer& answer) {
+    page = wire::parseListPage(answer.body);
+    requireAsked(page, listing.prefix, token);
+  };
   exchange_->send(call, *interrupt_);
   return page;
 }

@@ -4,7 +4,10 @@
 #include <foundation/storage/backend/s3/detail/client/ObjectHeaders.h>
 #include <foundation/storage/backend/s3/detail/client/Sight.h>
 
+#include <boost/algorithm/string/predicate.hpp>
+
 #include <algorithm>
+#include <locale>
 #include <utility>
 
 namespace foundation::storage::backend::s3::detail::client {
@@ -15,16 +18,28 @@ constexpr auto operation = "GetObject";
 constexpr int partial = 206;
 constexpr int changed = 412;
 constexpr int behindEnd = 416;
+/// In bytes, of the objects that are taken from a store that knows no ranges.
+constexpr std::uint64_t largestWhole = std::uint64_t{256} << 20;
 
 std::optional<ContentRange> rangeOf(const http::HttpAnswer& answer) {
   const auto* const header = wire::findHeader(answer.headers, "content-range");
   return header ? parseContentRange(*header) : std::nullopt;
 }
 
+/// Else the connection's end is the content's, which one that breaks off looks like, too.
+bool saysWhereItEnds(const wire::Headers& headers) {
+  const auto* const coding = wire::findHeader(headers, "transfer-encoding");
+  return coding ? boost::algorithm::iequals(*coding, "chunked", std::locale::classic())
+                : wire::findHeader(headers, "content-length") != nullptr;
+}
+
 /// A store that knows no ranges gives the whole object.
 void requirePiece(const http::HttpAnswer& answer, const Range& range) {
-  if (answer.status != partial)
+  if (answer.status != partial) {
+    if (!saysWhereItEnds(answer.headers))
+      throw BadAnswer("The answer does not tell where the content ends");
     return requireIntact(answer);
+  }
   const auto given = rangeOf(answer);
   const auto size = answer.body.size();
   if (!given || given->first != range.offset || given->last - given->first + 1 != size ||
@@ -61,7 +76,7 @@ Piece Client::read(const std::string& key, const Range& range, const std::string
             .key = key,
             .headers = {{"range", formatRange(range)}},
             .alsoTaken = {changed, behindEnd},
-            .longestAnswer = std::max(range.size, Call().longestAnswer),
+            .longestAnswer = std::max(range.size, largestWhole),
             .check = [&range](const http::HttpAnswer& answer) { requirePiece(answer, range); }};
   if (!eTag.empty())
     call.headers.push_back({"if-match", '"' + eTag + '"'});

@@ -2,6 +2,7 @@
 
 #include <fl/i18n/Convert.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace foundation::storage::backend::s3::detail::client {
@@ -14,10 +15,26 @@ std::u16string messageOf(const std::string& reason, const std::string& message) 
   return to_ustring(message.empty() ? reason : reason + " (" + message + ")");
 }
 
+/// What others have said, fit for a log and a terminal: of bounded length, and without control characters.
+std::string harmless(std::string text) {
+  constexpr std::size_t longest = 1024;
+  if (text.size() > longest)
+    text.replace(longest, std::string::npos, "...");
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; }, ' ');
+  return text;
+}
+
+FailureDetails harmless(FailureDetails details) {
+  for (auto* const text : {&details.code, &details.message, &details.requestId})
+    *text = harmless(std::move(*text));
+  return details;
+}
+
 }  // namespace
 
 StoreFailure::StoreFailure(provider::ErrorCode errorCode, const std::string& reason, FailureDetails details)
-    : std::runtime_error(reason), errorCode_(errorCode), details_(std::move(details)) {}
+    : std::runtime_error(harmless(reason)), errorCode_(errorCode), details_(harmless(std::move(details))) {}
 
 provider::ExceptionContext StoreFailure::context() const {
   const auto status = details_.status == 0 ? std::string() : std::to_string(details_.status);

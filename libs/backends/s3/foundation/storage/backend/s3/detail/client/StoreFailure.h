@@ -22,6 +22,7 @@ struct FailureDetails {
 /// A request that has failed for good. What is known of the location, whoever catches it adds.
 class StoreFailure : public std::runtime_error {
  public:
+  /// Texts are cut where they are long, and lose control characters: some are the store's, and end on a terminal.
   /// @param reason  what went wrong, and what to do about it, in UTF-8
   StoreFailure(provider::ErrorCode errorCode, const std::string& reason, FailureDetails details = {});
 

@@ -62,7 +62,11 @@ wire::UploadsPage Client::listUploads(const std::string& prefix, const std::stri
     if (!value->empty())
       call.query.push_back({name, *value});
   wire::UploadsPage page;
-  call.check = [&page](const http::HttpAnswer& answer) { page = wire::parseUploadsPage(answer.body); };
+  call.check = [&](const http::HttpAnswer& answer) {
+    page = wire::parseUploadsPage(answer.body);
+    if (!keyMarker.empty() && page.nextKeyMarker == keyMarker && page.nextUploadIdMarker == uploadIdMarker)
+      throw BadAnswer("The listing of uploads leads back to the same page");
+  };
   exchange_->send(call, *interrupt_);
   return page;
 }
