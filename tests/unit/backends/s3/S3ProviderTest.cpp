@@ -494,6 +494,16 @@ TEST(S3ProviderTest, RefusedOptionsChangeNothing) {
   EXPECT_EQ(read(item), "x");
 }
 
+TEST(S3ProviderTest, AnEnvironmentThatMakesNoSenseIsAMatterOfTheFirstOperation) {
+  Bucket bucket;
+  setenv("AWS_ENDPOINT_URL_S3", "no URL", 1);
+  const auto item = StorageItem(S3ProviderFactory().buildProvider(root), root);
+  expectRefusal(ErrorCode::InvalidLocation, "", [&] { item.folderExists(); });
+  item.configure(bucket.options());
+  EXPECT_TRUE(item.folderExists());
+  unsetenv("AWS_ENDPOINT_URL_S3");
+}
+
 TEST(S3ProviderTest, ShuttingDownEndsAllWaiting) {
   ScriptedServer server([](const auto&) { return storage::testing::http::ScriptedAnswer{}.stalledAtOnce(); });
   auto options = Bucket().options();

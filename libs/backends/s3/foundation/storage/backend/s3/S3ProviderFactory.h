@@ -36,7 +36,8 @@ namespace foundation::storage::backend::s3 {
 /// longer it is read in order. An open stream gives the content that was there when it was opened, or fails with
 /// `ResourceInUse`. **Writing** takes one request below the size of a part, else an upload of several parts at once.
 /// Nothing shows before `close`, or the commit of a transaction, and then all of it in one step; what is dropped before
-/// that leaves nothing. There are no scratch objects. What is written cannot be read back or changed before that
+/// that leaves nothing. There are no scratch objects; the parts that a killed program leaves behind,
+/// `abortUnfinishedUploads` throws away. What is written cannot be read back or changed before that
 /// (`UnsupportedOperation`), nor can what is there be written into. Appending copies what is there on the server; who
 /// appends at the same time loses or fails with `ResourceInUse`.
 ///

@@ -5,11 +5,13 @@
 #include <foundation/storage/backend/s3/detail/Configuration.h>
 #include <foundation/storage/backend/s3/detail/Copying.h>
 #include <foundation/storage/backend/s3/detail/Creation.h>
+#include <foundation/storage/backend/s3/detail/Failure.h>
 #include <foundation/storage/backend/s3/detail/Listing.h>
 #include <foundation/storage/backend/s3/detail/Lookup.h>
 #include <foundation/storage/backend/s3/detail/Moving.h>
 #include <foundation/storage/backend/s3/detail/Opening.h>
 #include <foundation/storage/backend/s3/detail/Removal.h>
+#include <foundation/storage/backend/support/InvalidOptionException.h>
 
 #include <utility>
 
@@ -19,14 +21,17 @@ using provider::ByteStreamOpenOptions;
 using provider::ExtendedAttributes;
 using provider::ExtendedFeature;
 
-S3Provider::S3Provider(StorageIRI root)
-    : root_(std::move(root)), session_(sessionWith(readConfiguration(boost::property_tree::ptree()))) {}
-
+S3Provider::S3Provider(StorageIRI root) : root_(std::move(root)) {}
 S3Provider::~S3Provider() { endChangePolling(); }
 
-SessionPtr S3Provider::session() const {
+SessionPtr S3Provider::session() const try {
   const std::scoped_lock lock(mutex_);
+  if (!session_)
+    session_ = sessionWith(readConfiguration(boost::property_tree::ptree()));
   return session_;
+} catch (const support::InvalidOptionException& failure) {
+  throw refusal(provider::ErrorCode::InvalidLocation, root_,
+                u"Nothing is configured, and the environment is of no use: " + fl::i18n::to_ustring(failure.what()));
 }
 
 SessionPtr S3Provider::sessionWith(const client::Settings& settings) const {

@@ -18,12 +18,13 @@ class S3Provider final : public support::ListingProvider<provider::IConfigurable
                          public provider::extensions::IFileIdentity,
                          public provider::extensions::IInvalidatable {
  public:
-  /// Sends nothing. Throws `std::invalid_argument` where the environment gives settings that make no sense.
+  /// Sends nothing.
   /// @param root  as `rootOf` gives it
   explicit S3Provider(provider::StorageIRI root);
   ~S3Provider() override;
 
-  /// What operations that begin now work with.
+  /// What operations that begin now work with. Throws `Exception` where nothing was configured, and what the
+  /// environment says makes no sense.
   SessionPtr session() const;
   Place place(const provider::StorageIRI& location) const { return placeIn(root_, location); }
   const provider::StorageIRI& root() const { return root_; }
@@ -73,8 +74,8 @@ class S3Provider final : public support::ListingProvider<provider::IConfigurable
 
   const StorageIRI root_;
   const std::shared_ptr<http::Interrupt> interrupt_ = std::make_shared<http::Interrupt>();
-  mutable std::mutex mutex_;  ///< guards the pointer
-  SessionPtr session_;
+  mutable std::mutex mutex_;    ///< guards the pointer
+  mutable SessionPtr session_;  ///< null before it is needed, or configured
 };
 
 }  // namespace foundation::storage::backend::s3::detail
