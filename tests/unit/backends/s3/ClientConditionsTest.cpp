@@ -43,9 +43,14 @@ TEST(ClientConditionsTest, FindsOutWhatTheStoreKeeps) {
       EXPECT_EQ(errorCodeOf([&] { any.put("a", "x", Existing::Refuse); }), ErrorCode::ResourceAlreadyExists);
       EXPECT_EQ(store.get("a")->content, "a");
     }
-    const auto upload = client.beginUpload("c");
-    client.completeUpload(upload, {client.uploadPart(upload, 1, "c")}, 1, Existing::Refuse);
+    const auto create = [&](const char* key) {
+      const auto upload = client.beginUpload(key);
+      client.completeUpload(upload, {client.uploadPart(upload, 1, "c")}, 1, Existing::Refuse);
+    };
+    create("c");
     EXPECT_EQ(store.get("c")->content, "c");
+    EXPECT_EQ(errorCodeOf([&] { create("a"); }), ErrorCode::ResourceAlreadyExists);
+    EXPECT_EQ(store.get("a")->content, "a");
   }
 }
 

@@ -120,7 +120,8 @@ std::string reasonOf(const Refusal& refusal, const Meaning& meaning) {
   if (meaning.code.empty() && meaning.status == 0 && refusal.status < 300)
     return "The store has failed after it had begun to answer";
   if (meaning.code.empty() && meaning.status == 0 && refusal.status < 500)
-    return "The store has refused with the status " + std::to_string(refusal.status);
+    return "The store has refused with the status " + std::to_string(refusal.status) +
+           (refusal.code.empty() ? ": check the endpoint, the region and the credentials" : "");
   return meaning.reason;
 }
 
