@@ -50,12 +50,14 @@ ReadAhead::~ReadAhead() { endAll(); }
 std::string_view ReadAhead::at(std::uint64_t position) {
   if (position < offset_ || position > end())
     leapTo(position);
-  if (position == end())
+  if (position >= end())
     goOn();
   return std::string_view(bytes_).substr(static_cast<std::size_t>(position - offset_));
 }
 
 void ReadAhead::leapTo(std::uint64_t position) {
+  if (position > end() && !coming_.empty() && position < coming_.front().end())
+    return;  // a short one, into what is on its way
   beginAnewAt(position);
   step_ = std::min(pieceAfterLeap, client_.settings().partSize) / 2;
   inOrder_ = -1;

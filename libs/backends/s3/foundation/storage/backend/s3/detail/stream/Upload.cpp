@@ -91,41 +91,36 @@ void Upload::begin() {
 }
 
 void Upload::add(Send send, std::uint64_t size) {
-  std::size_t index = 0;
-  {
-    const std::lock_guard lock(mutex_);
-    index = parts_.size();
-    parts_.push_back({std::move(send), {}});
-  }
+  parts_.push_back({std::move(send)});
+  parts_.back().stored.number = static_cast<int>(parts_.size());
   size_ += size;
-  start(index);
+  start(parts_.back());
 }
 
-void Upload::start(std::size_t index) noexcept {
+void Upload::start(Part& part) noexcept {
   try {
-    tasks_.start([this, index] { run(index); });
+    tasks_.start([this, &part] { run(part); });
   } catch (const std::exception&) {
-    const std::lock_guard lock(mutex_);
-    failure_ = std::current_exception();
+    noteFailure(std::current_exception());
   }
 }
 
-void Upload::run(std::size_t index) noexcept {
+void Upload::run(Part& part) noexcept {
   std::exception_ptr failure;
   try {
-    const auto& part = [&]() -> const Part& {
-      const std::lock_guard lock(mutex_);
-      return parts_[index];
-    }();
-    auto stored = part.send(*id_, static_cast<int>(index) + 1);
-    const std::lock_guard lock(mutex_);
-    parts_[index] = {nullptr, std::move(stored)};
+    part.stored = part.send(*id_, part.stored.number);
+    part.send = nullptr;
   } catch (...) {
     failure = std::current_exception();
   }
+  if (failure)
+    noteFailure(std::move(failure));
+}
+
+void Upload::noteFailure(std::exception_ptr failure) noexcept {
   const std::lock_guard lock(mutex_);
-  if (failure && !failure_)
-    failure_ = failure;
+  if (!failure_)
+    failure_ = std::move(failure);
 }
 
 void Upload::check() const {
@@ -137,15 +132,11 @@ void Upload::check() const {
 void Upload::retry() {
   waitForFewerThan(1);
   failure_ = nullptr;
-  for (std::size_t index = 0; index < parts_.size(); ++index) {
-    const bool isStored = [&] {
-      const std::lock_guard lock(mutex_);
-      return !parts_[index].send;
-    }();
-    if (isStored)
+  for (auto& part : parts_) {
+    if (!part.send)
       continue;
     waitForFewerThan(client_.settings().parallelParts);
-    start(index);
+    start(part);
   }
 }
 

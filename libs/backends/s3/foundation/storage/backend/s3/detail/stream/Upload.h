@@ -63,14 +63,15 @@ class Upload {
   using Send = std::function<wire::Part(const client::UploadId& upload, int number)>;
   struct Part {
     Send send;  ///< holds what is sent; none once it is stored
-    wire::Part stored = {};
+    wire::Part stored = {0, {}};
   };
 
   void makeRoom();
   void begin();
   void add(Send send, std::uint64_t size);
-  void start(std::size_t index) noexcept;
-  void run(std::size_t index) noexcept;
+  void start(Part& part) noexcept;
+  void run(Part& part) noexcept;
+  void noteFailure(std::exception_ptr failure) noexcept;
   std::vector<wire::Part> stored() const;
   void waitForFewerThan(unsigned count);
   void abortWith(const std::shared_ptr<http::Interrupt>& interrupt);
@@ -83,9 +84,9 @@ class Upload {
   std::optional<client::UploadId> id_;  ///< none before the first part, and after the end
   std::uint64_t size_ = 0;
 
-  mutable std::mutex mutex_;  ///< guards what follows
-  std::deque<Part> parts_;    ///< by number, from 1
-  std::exception_ptr failure_;
+  std::deque<Part> parts_;  ///< by number; one that is under way belongs to its task
+  mutable std::mutex mutex_;
+  std::exception_ptr failure_;  ///< the first one; guarded by the mutex
 
   Tasks tasks_;
 };
