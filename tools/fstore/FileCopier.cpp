@@ -31,8 +31,8 @@ std::optional<std::uint64_t> sizeOf(const StorageItem& file) {
   return attributes.hasSizeAttribute() ? std::optional(attributes.getSize()) : std::nullopt;
 }
 
-/// A container is written as a whole, and never with half a file in it; and an object shows when all of it is there, but
-/// a program that ends before leaves what it has sent in the store.
+/// A container is written as a whole, and never with half a file in it; and an object shows when all of it is there,
+/// but a program that ends before leaves what it has sent in the store.
 bool isWrittenWhole(const StorageItem& place) {
   return place.getLocation().hasInnerIRI() || physicalLocation(place.getLocation()).getScheme() == u"s3";
 }

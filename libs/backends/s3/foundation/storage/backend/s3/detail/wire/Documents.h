@@ -37,8 +37,8 @@ struct ListedObject {
   boost::posix_time::ptime lastModified;
   std::string eTag;  ///< without quotes
 };
-/// One answer of ListObjectsV2, asked for with encoding-type=url. Keys are decoded where the document says that they are
-/// encoded; the token never is.
+/// One answer of ListObjectsV2, asked for with encoding-type=url. Keys are decoded where the document says that they
+/// are encoded; the token never is.
 struct ListPage {
   std::vector<ListedObject> objects;  ///< in the order of the keys' bytes
   std::vector<std::string> prefixes;  ///< what the delimiter has folded, with it
